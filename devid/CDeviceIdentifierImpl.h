@@ -20,6 +20,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Mora {
@@ -38,6 +39,7 @@ class CProcIdentifier;
 class CModuleInfoImpl;
 class CSourceInfoImpl;
 class CTraceRouteInfoImpl;
+class DeviceIdentifierTestAccess;
 
 /// Emulator driver and port of the debug session, from the board configuration
 /// file or a loaded configuration.
@@ -137,6 +139,11 @@ public:
 private:
     void ReleaseModel();
     void ReleaseTarget();
+    /// Extends the lookup indexes by the list entries added since the last
+    /// call; Reset drops them.
+    void RefreshLookupIndex();
+    // Lets the tests build a model by hand without a database.
+    friend class DeviceIdentifierTestAccess;
 
     std::string m_databaseDirectory;
     MORA_LUX::uDll m_parserLibrary;
@@ -168,6 +175,13 @@ private:
     std::string m_lastOutFile;
     std::string m_selectedProcName;
     std::string m_currentDeviceFile;
+
+    // First hit in list order for each name or ID; see RefreshLookupIndex.
+    std::unordered_map<std::string, CModuleInfo*> m_moduleByName;
+    std::unordered_map<std::string, CSourceInfo*> m_sourceById;
+    std::unordered_map<std::string, CSourceInfo*> m_sourceByName;
+    std::size_t m_indexedModules = 0;
+    std::size_t m_indexedSources = 0;
 
     bool m_databasesLoaded = false;
     bool m_configFromFile = false;

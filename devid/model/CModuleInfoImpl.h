@@ -1,0 +1,65 @@
+// A trace-capable module of the device with its registers, mapping tables and
+// characteristics; it owns all of them.
+#ifndef MORA_LUX_TRACE_CMODULEINFOIMPL_H
+#define MORA_LUX_TRACE_CMODULEINFOIMPL_H
+
+#include "devid/CDeviceIdentifier.h"
+#include "devid/model/CRegisterInfoImpl.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+class CModuleInfoImpl : public CModuleInfo {
+public:
+    CModuleInfoImpl(std::string name, std::string kind, std::string access, std::string version);
+    ~CModuleInfoImpl() override;
+    CModuleInfoImpl(const CModuleInfoImpl&) = delete;
+    CModuleInfoImpl& operator=(const CModuleInfoImpl&) = delete;
+
+    std::string GetName() override;
+    std::string GetVersion() override;
+    std::string GetModuleKindStr() override;
+    /// The access processor's name.
+    std::string GetModuleAccessStr() override;
+    std::vector<CRegisterInfo*> GetRegisterInfo() override;
+    /// The map IDs as they stood at the first call that found any; later
+    /// additions are not reported.
+    std::vector<std::string> GetMapIds() override;
+    /// Empty when no list is stored under mapId.
+    std::vector<CMappingInfo*> GetMappingInfo(const std::string& mapId) override;
+    std::vector<CCharacteristic*> GetCharacteristics() override;
+    std::string LookupCharacteristicValue(const std::string& name) override;
+
+    /// Takes ownership; null is ignored.
+    void AddRegister(CRegisterInfoImpl* reg);
+    void ClearRegisters();
+    /// Takes ownership of the list and stores it under mapId, replacing (and
+    /// freeing) a stored list; objects passed again in the new list are kept.
+    void AddMappingInfo(const std::string& mapId, std::vector<CMappingInfo*> list);
+    /// Takes ownership and replaces the characteristics; replaced objects that
+    /// are not in the new list are freed, so an accumulating list may be passed again.
+    void AddCharacteristics(std::vector<CCharacteristic*> list);
+    void UpdateProcName(std::string name);
+
+private:
+    std::vector<std::unique_ptr<CRegisterInfoImpl>> m_registers;
+    std::string m_name;
+    std::string m_access;
+    std::string m_kind;
+    std::string m_version;
+    std::vector<std::string> m_mapIdCache;
+    std::map<std::string, std::vector<std::unique_ptr<CMappingInfo>>> m_mappings;
+    std::vector<std::unique_ptr<CCharacteristic>> m_characteristics;
+};
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
+
+#endif
