@@ -135,6 +135,8 @@ public:
     bool IsConfigurationLoaded() const { return m_configLoaded; }
     /// The description file that matched last in this process, or "".
     static std::string GetMatchedDeviceFile();
+    /// The description file this instance loaded last, or "" before any load.
+    const std::string& GetLoadedDeviceFile() const { return m_currentDeviceFile; }
 
 private:
     void ReleaseModel();

@@ -1,0 +1,367 @@
+// Building the description model from the device element of one description
+// file: the section dispatch and the processor, module, source and route
+// loaders. Tag and attribute names are matched without regard to case.
+#include "devid/CDeviceIdentifierImpl.h"
+#include "devid/DevIdLog.h"
+#include "devid/model/CCharacteristicImpl.h"
+#include "devid/model/CMappingInfoImpl.h"
+#include "devid/model/CModuleInfoImpl.h"
+#include "devid/model/CProcIdentifier.h"
+#include "devid/model/CRegisterInfoImpl.h"
+#include "devid/model/CSourceInfoImpl.h"
+#include "devid/model/CTraceRouteInfoImpl.h"
+#include "devid/model/DatabaseText.h"
+#include "devid/model/TargetDbParser.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+namespace {
+
+// The id of a mapping with entries went through a fixed buffer of this size
+// in older readers; descriptions with longer ids are refused, not truncated.
+const std::size_t kMappingIdLimit = 2048;
+
+bool Present(DBNode* node, DBNode* end)
+{
+    return node != nullptr && node != end;
+}
+
+bool TagIs(DBNode* node, const char* tag)
+{
+    return DatabaseNameIs(node->GetName(), tag);
+}
+
+const char* TagOf(DBNode* node)
+{
+    const char* name = node->GetName();
+    return name != nullptr ? name : "";
+}
+
+// Reads attributes a description cannot do without. The first one missing is
+// logged with file, element and attribute; later reads then return null.
+class RequiredAttributes {
+public:
+    explicit RequiredAttributes(const std::string& file) : m_file(file) {}
+
+    const char* operator()(DBNode* node, const char* attribute)
+    {
+        if (!m_complete)
+            return nullptr;
+        const char* value = node->GetAttribute(attribute);
+        if (value == nullptr) {
+            m_complete = false;
+            DevIdLog(16, "DevId: %s: %s element without required attribute \"%s\"", m_file.c_str(), TagOf(node),
+                     attribute);
+        }
+        return value;
+    }
+
+    bool Complete() const { return m_complete; }
+
+private:
+    const std::string& m_file;
+    bool m_complete = true;
+};
+
+struct RegisterTexts {
+    const char* id;
+    const char* address;
+    const char* page;
+    const char* addrunit;
+    const char* width;
+};
+
+RegisterTexts ReadRegisterTexts(DBNode* node, RequiredAttributes& required)
+{
+    RegisterTexts texts{};
+    texts.id = required(node, "id");
+    texts.address = required(node, "address");
+    texts.page = required(node, "page");
+    texts.addrunit = required(node, "addrunit");
+    texts.width = required(node, "width");
+    return texts;
+}
+
+// Module registers and processor identifier registers decide memory mapping
+// by different rules, so the caller passes the decision in.
+std::unique_ptr<CRegisterInfoImpl> MakeRegister(const RegisterTexts& texts, bool memoryMapped)
+{
+    auto reg = std::make_unique<CRegisterInfoImpl>(texts.id);
+    reg->memoryMapped = memoryMapped;
+    reg->memoryPage = DatabaseUnsigned(texts.page);
+    reg->addressableUnit = DatabaseUnsigned(texts.addrunit);
+    reg->widthInBits = DatabaseUnsigned(texts.width);
+    if (memoryMapped)
+        reg->memoryAddress = DatabaseUnsigned(texts.address);
+    else
+        reg->driverRegisterName = texts.address;
+    return reg;
+}
+
+// Appends the characteristics listed under `container`; entries without a
+// name or a value mean nothing and are dropped.
+void ReadCharacteristics(DBNode* container, DBNode* end, std::vector<std::unique_ptr<CCharacteristic>>& out)
+{
+    for (DBNode* item = container->GetFirstChild(); Present(item, end); item = item->GetNextSibling()) {
+        const char* id = item->GetAttribute("id");
+        const char* value = item->GetAttribute("value");
+        if (id == nullptr || value == nullptr)
+            continue;
+        const char* description = item->GetAttribute("description");
+        out.push_back(std::make_unique<CCharacteristicImpl>(id, value, description != nullptr ? description : ""));
+    }
+}
+
+// The first two non-empty runs between "." separators: the names of the key
+// and value attributes of every entry.
+std::pair<std::string, std::string> SplitMappingId(const std::string& id)
+{
+    std::vector<std::string> runs;
+    std::size_t start = 0;
+    while (runs.size() < 2 && start <= id.size()) {
+        std::size_t dot = id.find('.', start);
+        std::size_t stop = dot == std::string::npos ? id.size() : dot;
+        if (stop > start)
+            runs.push_back(id.substr(start, stop - start));
+        start = stop + 1;
+    }
+    runs.resize(2);
+    return {runs[0], runs[1]};
+}
+
+const char* AttributeOrNull(DBNode* node, const std::string& name)
+{
+    return name.empty() ? nullptr : node->GetAttribute(name.c_str());
+}
+
+template <typename T>
+std::vector<T*> ReleaseAll(std::vector<std::unique_ptr<T>>& owned)
+{
+    std::vector<T*> raw;
+    raw.reserve(owned.size());
+    for (auto& item : owned)
+        raw.push_back(item.release());
+    owned.clear();
+    return raw;
+}
+
+} // namespace
+
+bool CDeviceIdentifierImpl::ParseModules(DBNode* device)
+{
+    if (!Present(device, m_endNode))
+        return true;
+    for (DBNode* section = device->GetFirstChild(); Present(section, m_endNode);
+         section = section->GetNextSibling()) {
+        bool result = true;
+        if (TagIs(section, "procs"))
+            result = LoadProcInfo(section);
+        if (TagIs(section, "sources"))
+            result = LoadSourceInfo(section);
+        else if (TagIs(section, "modules"))
+            result = LoadModuleInfo(section);
+        else if (TagIs(section, "trace_routes"))
+            result = LoadTraceRouteInfo(section);
+        if (!result)
+            return false;
+    }
+    return true;
+}
+
+bool CDeviceIdentifierImpl::LoadModuleInfo(DBNode* modules)
+{
+    for (DBNode* node = modules->GetFirstChild(); Present(node, m_endNode); node = node->GetNextSibling()) {
+        std::unique_ptr<CModuleInfoImpl> module(CreateModuleInfo(node));
+        if (!module)
+            return false;
+        m_modules.push_back(std::move(module));
+    }
+    return true;
+}
+
+CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
+{
+    if (!Present(node, m_endNode))
+        return nullptr;
+    RequiredAttributes required(m_currentDeviceFile);
+    const char* id = required(node, "id");
+    const char* kind = required(node, "kind");
+    const char* proc = required(node, "proc");
+    if (!required.Complete())
+        return nullptr;
+    const char* version = node->GetAttribute("version");
+    if (version == nullptr)
+        version = "0";
+
+    DevIdLog(1, "DevId: Module added name: %s, kind:%s, access proc:%s, version=%s", id, kind, proc, version);
+    auto module = std::make_unique<CModuleInfoImpl>(id, kind, proc, version);
+
+    // Several characteristics sections add up; the module owns what it was given.
+    std::vector<CCharacteristic*> characteristics;
+    for (DBNode* child = node->GetFirstChild(); Present(child, m_endNode); child = child->GetNextSibling()) {
+        if (TagIs(child, "registers")) {
+            for (DBNode* r = child->GetFirstChild(); Present(r, m_endNode); r = r->GetNextSibling()) {
+                RegisterTexts texts = ReadRegisterTexts(r, required);
+                const char* type = required(r, "type");
+                if (!required.Complete())
+                    return nullptr;
+                module->AddRegister(MakeRegister(texts, DatabaseNameIs(type, "mem")).release());
+                DevIdLog(1, "DevId: Module register added %s, %s, %s, %s, %s", texts.id, texts.address, texts.page,
+                         texts.addrunit, texts.width);
+            }
+        } else if (TagIs(child, "characteristics")) {
+            std::vector<std::unique_ptr<CCharacteristic>> added;
+            ReadCharacteristics(child, m_endNode, added);
+            characteristics.reserve(characteristics.size() + added.size());
+            for (CCharacteristic* item : ReleaseAll(added))
+                characteristics.push_back(item);
+            module->AddCharacteristics(characteristics);
+        } else if (TagIs(child, "mapping")) {
+            const char* mapId = required(child, "id");
+            if (!required.Complete())
+                return nullptr;
+            std::vector<std::unique_ptr<CMappingInfo>> entries;
+            DBNode* entry = child->GetFirstChild();
+            if (Present(entry, m_endNode)) {
+                if (std::strlen(mapId) >= kMappingIdLimit) {
+                    DevIdLog(16, "DevId: %s: %s element with an id of %u or more characters",
+                             m_currentDeviceFile.c_str(), TagOf(child), static_cast<unsigned>(kMappingIdLimit));
+                    return nullptr;
+                }
+                std::pair<std::string, std::string> names = SplitMappingId(mapId);
+                for (; Present(entry, m_endNode); entry = entry->GetNextSibling()) {
+                    const char* key = AttributeOrNull(entry, names.first);
+                    const char* value = AttributeOrNull(entry, names.second);
+                    if (key != nullptr && value != nullptr)
+                        entries.push_back(std::make_unique<CMappingInfoImpl>(key, value));
+                }
+            }
+            module->AddMappingInfo(mapId, ReleaseAll(entries));
+        }
+    }
+
+    for (const auto& processor : m_procs) {
+        if (processor->id == proc) {
+            module->UpdateProcName(processor->procName);
+            break;
+        }
+    }
+    return module.release();
+}
+
+bool CDeviceIdentifierImpl::LoadProcInfo(DBNode* procs)
+{
+    for (DBNode* p = procs->GetFirstChild(); Present(p, m_endNode); p = p->GetNextSibling()) {
+        auto proc = std::make_unique<CProcIdentifier>();
+        if (const char* id = p->GetAttribute("id")) {
+            proc->id = id;
+            proc->procName = id;
+        }
+        if (const char* kind = p->GetAttribute("kind"))
+            proc->kind = kind;
+        proc->traceId = DatabaseDecimal(p->GetAttribute("traceid"));
+
+        // Only the first child may be the identifier, and inside it only the
+        // register and the element right after it count.
+        DBNode* identifier = p->GetFirstChild();
+        if (Present(identifier, m_endNode) && TagIs(identifier, "identifier")) {
+            DBNode* r = identifier->GetFirstChild();
+            if (Present(r, m_endNode)) {
+                if (TagIs(r, "register")) {
+                    RequiredAttributes required(m_currentDeviceFile);
+                    RegisterTexts texts = ReadRegisterTexts(r, required);
+                    if (!required.Complete())
+                        return false;
+                    const char* type = r->GetAttribute("type");
+                    proc->idRegister = MakeRegister(texts, type == nullptr || !DatabaseNameIs(type, "reg"));
+                }
+                DBNode* value = r->GetNextSibling();
+                if (Present(value, m_endNode) && TagIs(value, "value")) {
+                    if (const char* idValue = value->GetAttribute("idvalue"))
+                        proc->idValue = DatabaseUnsigned(idValue);
+                }
+            }
+        }
+        ConvertProcName(proc.get());
+        m_procs.push_back(std::move(proc));
+    }
+    return true;
+}
+
+bool CDeviceIdentifierImpl::LoadSourceInfo(DBNode* sources)
+{
+    for (DBNode* s = sources->GetFirstChild(); Present(s, m_endNode); s = s->GetNextSibling()) {
+        const char* id = s->GetAttribute("id");
+        const char* proc = s->GetAttribute("proc");
+        const char* stmMaster = s->GetAttribute("stmmaster");
+        std::vector<std::string> componentNames;
+        std::vector<std::unique_ptr<CCharacteristic>> characteristics;
+        for (DBNode* child = s->GetFirstChild(); Present(child, m_endNode); child = child->GetNextSibling()) {
+            if (TagIs(child, "components")) {
+                for (DBNode* c = child->GetFirstChild(); Present(c, m_endNode); c = c->GetNextSibling()) {
+                    if (const char* module = c->GetAttribute("module"))
+                        componentNames.push_back(module);
+                }
+            } else if (TagIs(child, "characteristics")) {
+                ReadCharacteristics(child, m_endNode, characteristics);
+            }
+        }
+        if (id == nullptr || proc == nullptr || stmMaster == nullptr)
+            continue;
+
+        // A source goes by the name of its processor.
+        std::string name = proc;
+        for (const auto& processor : m_procs) {
+            if (processor->id == name) {
+                name = processor->procName;
+                break;
+            }
+        }
+        m_sources.push_back(std::make_unique<CSourceInfoImpl>(id, name, std::move(componentNames),
+                                                              ReleaseAll(characteristics),
+                                                              DatabaseNameIs(stmMaster, "true")));
+    }
+    return true;
+}
+
+bool CDeviceIdentifierImpl::LoadTraceRouteInfo(DBNode* traceRoutes)
+{
+    for (DBNode* r = traceRoutes->GetFirstChild(); Present(r, m_endNode); r = r->GetNextSibling()) {
+        std::string sourceId;
+        std::string sinkName;
+        std::string drmName;
+        std::vector<std::string> linkNames;
+        for (DBNode* child = r->GetFirstChild(); Present(child, m_endNode); child = child->GetNextSibling()) {
+            if (TagIs(child, "source")) {
+                if (const char* source = child->GetAttribute("source"))
+                    sourceId = source;
+            } else if (TagIs(child, "link")) {
+                if (const char* module = child->GetAttribute("module"))
+                    linkNames.push_back(module);
+            } else if (TagIs(child, "sink")) {
+                if (const char* module = child->GetAttribute("module"))
+                    sinkName = module;
+            } else if (TagIs(child, "pin")) {
+                if (const char* module = child->GetAttribute("module"))
+                    drmName = module;
+            }
+        }
+        DevIdLog(1, "DevId: Adding route src=%s, sink=%s, drm=%s", sourceId.c_str(), sinkName.c_str(),
+                 drmName.c_str());
+        m_routes.push_back(std::make_unique<CTraceRouteInfoImpl>(sourceId, std::move(linkNames),
+                                                                 std::move(sinkName), std::move(drmName)));
+    }
+    return true;
+}
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
