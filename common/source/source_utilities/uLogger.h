@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <ctime>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace MORA_LUX {
 
@@ -60,9 +62,11 @@ public:
     int SprintfLevel(unsigned level, char* buffer, int size);
     int SprintfCurrentTime(char* buffer, int size, TIME_DATE timeDate);
     int SprintfTime(char* buffer, int size, const tm* time);
-    /// Ends the text (with room for one more byte) in exactly one line feed; returns the new length.
+    /// Ends the text in exactly one line feed; `text` needs room for two more
+    /// bytes (line feed and terminator). Returns the new length.
     int LineEnd(char* text, int length);
-    /// Writes and flushes the text, line end normalised; returns its length.
+    /// Writes and flushes the text, line end normalised (same room rule as
+    /// LineEnd); returns its length.
     int AddToLog(char* text, int length);
 
 private:
@@ -76,7 +80,7 @@ private:
     bool m_fileOpen;
     uMutex m_lock;
     uint32_t m_bufferSize;
-    char* m_buffer;
+    std::unique_ptr<char[]> m_buffer;
     uint32_t m_filter;
 };
 
@@ -115,6 +119,9 @@ private:
     bool m_register;
     int32_t m_useCount;
     std::map<std::string, uLogger*> m_registry;
+    // Unregistered loggers displaced by a registry lookup; kept alive because
+    // callers may still hold them.
+    std::vector<std::unique_ptr<uLogger>> m_retired;
 };
 
 } // namespace MORA_LUX

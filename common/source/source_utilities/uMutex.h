@@ -3,6 +3,8 @@
 #define MORA_LUX_UMUTEX_H
 
 #include <pthread.h>
+
+#include <atomic>
 #include <cstdint>
 
 namespace MORA_LUX {
@@ -28,8 +30,23 @@ public:
 
 private:
     pthread_mutex_t m_mutex;
-    int32_t m_count;
-    pthread_t m_owner;
+    // Atomic only so that the unlocked reads from other threads are defined;
+    // relaxed order suffices because only the owner writes its own id.
+    std::atomic<int32_t> m_count;
+    std::atomic<pthread_t> m_owner;
+};
+
+/// Holds a uMutex for the lifetime of a scope.
+class uMutexGuard
+{
+public:
+    explicit uMutexGuard(uMutex& mutex) : m_mutex(mutex) { m_mutex.Lock(); }
+    ~uMutexGuard() { m_mutex.Unlock(); }
+    uMutexGuard(const uMutexGuard&) = delete;
+    uMutexGuard& operator=(const uMutexGuard&) = delete;
+
+private:
+    uMutex& m_mutex;
 };
 
 } // namespace MORA_LUX

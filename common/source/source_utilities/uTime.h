@@ -41,8 +41,9 @@ public:
 
     /// -1 when `start` is beyond the text or `part` isn't found.
     static int FindSubString(const char* text, const char* part, int start);
-    /// Replaces every `from` by `to` in place; 0 (text unchanged) when nothing
-    /// matches or the result would exceed `size`; else the count replaced.
+    /// Replaces every `from` by `to` in place (`text` holds size + 1 bytes); 0
+    /// (text unchanged) when nothing matches or the result would be longer
+    /// than `size`; else the count replaced.
     static int ReplaceString(char* text, int size, const char* from, const char* to);
 
     // The fields are shared, so these compare the shared hour with the shared day.

@@ -1,0 +1,193 @@
+#include "common/source/source_utilities/uFile.h"
+
+#include <cstring>
+
+namespace MORA_LUX {
+
+uFile::uFile(const char* path, const char* mode)
+    : m_open(false), m_path(path != nullptr ? path : ""), m_mode(mode), m_stream(nullptr)
+{
+}
+
+uFile::~uFile() = default;
+
+bool uFile::Open()
+{
+    if (m_path.empty() || m_mode == nullptr)
+        return false;
+    return OpenInternal(m_path.c_str(), m_mode);
+}
+
+bool uFile::Open(const char* path, const char* mode)
+{
+    if (path != nullptr)
+        m_path = path;
+    m_mode = mode;
+    return OpenInternal(m_path.c_str(), mode);
+}
+
+bool uFile::OpenInternal(const char* path, const char* mode)
+{
+    if (path == nullptr)
+        return false;
+    m_stream = std::fopen(path, (mode == nullptr || mode[0] == '\0') ? "r" : mode);
+    m_open = m_stream != nullptr;
+    return m_open;
+}
+
+bool uFile::Close()
+{
+    if (m_stream == nullptr)
+        return false;
+    uMutexGuard guard(m_lock);
+    m_open = std::fclose(m_stream) != 0;
+    m_stream = nullptr;
+    return true;
+}
+
+bool uFile::IsOpen() const
+{
+    return m_open;
+}
+
+bool uFile::SetPosition(const fpos_t& position)
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && std::fsetpos(m_stream, &position) == 0;
+}
+
+bool uFile::GetPosition(fpos_t& position)
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && std::fgetpos(m_stream, &position) == 0;
+}
+
+bool uFile::SeekToBegin()
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr)
+        return false;
+    std::rewind(m_stream);
+    return true;
+}
+
+bool uFile::SeekToEnd()
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && std::fseek(m_stream, 0, SEEK_END) == 0;
+}
+
+int64_t uFile::GetSize()
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr)
+        return 0;
+    fpos_t current;
+    fpos_t end;
+    if (std::fgetpos(m_stream, &current) != 0 || std::fseek(m_stream, 0, SEEK_END) != 0 ||
+        std::fgetpos(m_stream, &end) != 0 || std::fsetpos(m_stream, &current) != 0)
+        return 0;
+    return DifferenceFILEPOS(end, current);
+}
+
+bool uFile::IsEof() const
+{
+    return m_stream != nullptr && std::feof(m_stream) != 0;
+}
+
+bool uFile::IsError() const
+{
+    return m_stream == nullptr || std::ferror(m_stream) != 0;
+}
+
+void uFile::ClearError()
+{
+    if (m_stream != nullptr)
+        std::clearerr(m_stream);
+}
+
+bool uFile::Flush()
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && std::fflush(m_stream) == 0;
+}
+
+unsigned uFile::Write(const void* data, unsigned count)
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr || data == nullptr)
+        return 0;
+    return static_cast<unsigned>(std::fwrite(data, 1, count, m_stream));
+}
+
+unsigned uFile::Read(void* data, unsigned count)
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr || data == nullptr)
+        return 0;
+    return static_cast<unsigned>(std::fread(data, 1, count, m_stream));
+}
+
+int uFile::Printf(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    const int count = Printf(format, args);
+    va_end(args);
+    return count;
+}
+
+int uFile::Printf(const char* format, va_list& args)
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr || format == nullptr)
+        return 0;
+    return std::vfprintf(m_stream, format, args);
+}
+
+bool uFile::WriteString(const char* text)
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && text != nullptr && std::fputs(text, m_stream) >= 0;
+}
+
+bool uFile::ReadString(char* buffer, unsigned size)
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr || buffer == nullptr || size == 0 || size > static_cast<unsigned>(INT32_MAX))
+        return false;
+    return std::fgets(buffer, static_cast<int>(size), m_stream) != nullptr;
+}
+
+bool uFile::Erase()
+{
+    if (m_stream == nullptr || m_path.empty())
+        return false;
+    Close();
+    if (OpenInternal(m_path.c_str(), "w"))
+        Close();
+    return OpenInternal(m_path.c_str(), m_mode);
+}
+
+const char* uFile::GetPath() const
+{
+    return m_path.c_str();
+}
+
+const char* uFile::GetOpenMode() const
+{
+    return m_mode;
+}
+
+void uFile::ZeroFILEPOS(fpos_t& position)
+{
+    std::memset(&position, 0, sizeof position);
+}
+
+long long uFile::DifferenceFILEPOS(fpos_t a, fpos_t b)
+{
+    // glibc keeps the byte offset of a position in __pos.
+    return static_cast<long long>(a.__pos) - static_cast<long long>(b.__pos);
+}
+
+} // namespace MORA_LUX

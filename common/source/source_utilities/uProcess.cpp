@@ -1,0 +1,118 @@
+#include "common/source/source_utilities/uProcess.h"
+
+#include <dirent.h>
+#include <signal.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace MORA_LUX {
+
+namespace {
+
+struct DirCloser
+{
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+using DirPtr = std::unique_ptr<DIR, DirCloser>;
+
+bool AllDigits(const char* name)
+{
+    if (name[0] == '\0')
+        return false;
+    for (const char* c = name; *c != '\0'; ++c)
+        if (*c < '0' || *c > '9')
+            return false;
+    return true;
+}
+
+// True when /proc/<entry>/ lists an "exe" link whose target contains `name`.
+bool ExecutableMatches(const std::string& entry, const char* name)
+{
+    const std::string folder = "/proc/" + entry + "/";
+    DirPtr directory(opendir(folder.c_str()));
+    if (!directory)
+        return false;
+    while (const dirent* item = readdir(directory.get())) {
+        if (std::strcmp(item->d_name, "exe") != 0)
+            continue;
+        char target[PATH_MAX];
+        const ssize_t length = readlink((folder + "exe").c_str(), target, sizeof target - 1);
+        if (length < 0)
+            return false;
+        target[length] = '\0';
+        return std::strstr(target, name) != nullptr;
+    }
+    return false;
+}
+
+} // namespace
+
+unsigned uProcess::InvokeProcess(const char* program, const char* argument, bool)
+{
+    if (program == nullptr)
+        return 0;
+    const pid_t child = fork();
+    if (child < 0)
+        return 0;
+    if (child == 0) {
+        execlp(program, program, argument, static_cast<char*>(nullptr));
+        return 0;
+    }
+    return static_cast<unsigned>(child);
+}
+
+bool uProcess::TerminateProcess(unsigned pid)
+{
+    // Ids beyond INT_MAX would turn into negative values, which kill() takes as
+    // process groups (or, for -1, every process we may signal).
+    if (pid == 0 || pid > static_cast<unsigned>(INT_MAX))
+        return false;
+    const pid_t target = static_cast<pid_t>(pid);
+    if (kill(target, SIGTERM) != 0)
+        return false;
+    int status = 0;
+    return waitpid(target, &status, 0) == target;
+}
+
+int uProcess::LookupProcess(const char* name, int)
+{
+    if (name == nullptr)
+        return 0;
+    DirPtr proc(opendir("/proc/"));
+    if (!proc)
+        return 0;
+    while (const dirent* entry = readdir(proc.get())) {
+        if (AllDigits(entry->d_name) && ExecutableMatches(entry->d_name, name))
+            return std::atoi(entry->d_name);
+    }
+    return 0;
+}
+
+int uProcess::LookupProcess(int pid)
+{
+    if (pid <= 0)
+        return 0;
+    DirPtr proc(opendir("/proc/"));
+    if (!proc)
+        return 0;
+    const std::string wanted = std::to_string(pid);
+    while (const dirent* entry = readdir(proc.get())) {
+        if (AllDigits(entry->d_name) && wanted == entry->d_name)
+            return pid;
+    }
+    return 0;
+}
+
+int uProcess::GetPid()
+{
+    return static_cast<int>(getpid());
+}
+
+} // namespace MORA_LUX
