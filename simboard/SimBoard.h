@@ -1,0 +1,66 @@
+// What one simulated board holds: the scan chain with each device's registers
+// and memory words, readiness, output file names and the test switches of the
+// trace factory. Filled by SimBoardReader; the sibling libraries only read it.
+#ifndef MORA_LUX_SIM_SIMBOARD_H
+#define MORA_LUX_SIM_SIMBOARD_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Mora {
+namespace Lux {
+namespace Sim {
+
+struct SimRegister {
+    std::string name;
+    uint32_t value = 0;
+    /// Found by name, but every read of it fails.
+    bool failsOnRead = false;
+};
+
+struct SimMemoryWord {
+    uint32_t address = 0;
+    uint32_t value = 0;
+};
+
+struct SimDevice {
+    std::string name;
+    uint32_t type = 0;
+    /// Empty for a device without parent router.
+    std::string parent;
+    uint32_t traceId = 0;
+    std::string dapName;
+    std::string outputFile;
+    bool ready = true;
+    /// False when no target adapter can be made for the device.
+    bool adapterAvailable = true;
+    std::vector<SimRegister> registers;
+    std::vector<SimMemoryWord> memory;
+
+    /// Null when the device has no register of that name.
+    const SimRegister* FindRegister(const std::string& registerName) const;
+    /// Null when no memory word sits at that address.
+    const SimMemoryWord* FindMemory(uint32_t address) const;
+};
+
+/// How the trace factory answers a connection request.
+enum class SimConnectMode { Ok, Fail, Throw };
+
+struct SimBoard {
+    /// Full path of the board configuration file.
+    std::string configFile;
+    SimConnectMode connectMode = SimConnectMode::Ok;
+    std::string connectMessage;
+    /// In scan-chain order.
+    std::vector<SimDevice> devices;
+
+    /// Null when no device has that name.
+    const SimDevice* FindDevice(const std::string& deviceName) const;
+};
+
+} // namespace Sim
+} // namespace Lux
+} // namespace Mora
+
+#endif
