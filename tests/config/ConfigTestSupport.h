@@ -1,0 +1,98 @@
+// A device identifier for one test, with HOME in a scratch folder and the
+// members a live session would fill reachable from the test.
+#ifndef DEVID_TESTS_CONFIGTESTSUPPORT_H
+#define DEVID_TESTS_CONFIGTESTSUPPORT_H
+
+#include "devid/CDeviceIdentifierImpl.h"
+#include "devid/target/TraceFactory.h"
+#include "tests/common/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+class DeviceIdentifierTestAccess {
+public:
+    static std::vector<DeviceConnectionInfo>& Connections(CDeviceIdentifierImpl& d) { return d.m_connections; }
+    static std::map<std::string, std::string>& OutFiles(CDeviceIdentifierImpl& d) { return d.m_outFiles; }
+    static void SetBoard(CDeviceIdentifierImpl& d, const std::string& emulator, const std::string& port)
+    {
+        d.m_board.reset(new BoardConfig{emulator, port});
+    }
+    static void SetChannelServer(CDeviceIdentifierImpl& d, ChannelServer* server) { d.m_channelServer = server; }
+};
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
+
+namespace devid_test {
+
+using Access = Mora::Lux::Trace::DeviceIdentifierTestAccess;
+using Mora::Lux::Trace::CDeviceIdentifierImpl;
+
+// Answers "<name>.tdf", nothing for names starting with "x", and throws for "boom".
+class FakeChannelServer : public Mora::Lux::Trace::ChannelServer {
+public:
+    void GetOutputFileName(const std::string& name, std::string& file) override
+    {
+        if (name == "boom")
+            throw std::runtime_error("server gone");
+        file = name.rfind('x', 0) == 0 ? "" : name + ".tdf";
+    }
+};
+
+class ConfigTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        setenv("HOME", home.path().c_str(), 1);
+        setenv("MORA_TRACE_LOGGING", "1", 1);
+        unsetenv("TRACE_XMLDB_DEVICES");
+    }
+
+    static std::unique_ptr<CDeviceIdentifierImpl> Make() { return std::make_unique<CDeviceIdentifierImpl>(); }
+
+    static bool LoadText(CDeviceIdentifierImpl& d, const std::string& text)
+    {
+        FILE* file = std::tmpfile();
+        std::fwrite(text.data(), 1, text.size(), file);
+        std::rewind(file);
+        const bool result = d.LoadConfigurationDCMFile(file);
+        std::fclose(file);
+        return result;
+    }
+
+    static std::string Compose(CDeviceIdentifierImpl& d)
+    {
+        std::string text;
+        EXPECT_TRUE(d.ComposeConfiguration(text));
+        return text;
+    }
+
+    std::string TraceDir() const { return home.file(".MORA-trace"); }
+
+    std::string Log() const
+    {
+        std::string all;
+        for (const auto& entry : std::filesystem::directory_iterator(TraceDir()))
+            if (entry.path().filename().string().rfind("mora_trace_log", 0) == 0)
+                all += readFile(entry.path().string());
+        return all;
+    }
+
+    TempDir home;
+};
+
+} // namespace devid_test
+
+#endif

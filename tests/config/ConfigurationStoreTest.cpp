@@ -1,0 +1,120 @@
+#include "tests/config/ConfigTestSupport.h"
+
+#include "tdf/TDFHandler.h"
+
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+
+using namespace devid_test;
+using Mora::Lux::Trace::eTraceDataFileDCM;
+using Mora::Lux::Trace::eTraceDataFileDeviceXML;
+using Mora::Lux::Trace::eTraceDataFileTDF;
+using Mora::Lux::Trace::TDFHandler;
+using ::testing::HasSubstr;
+
+namespace {
+
+const char kSession[] =
+    "EMU=kmr990\nPORT=usb:7\nDEVICEID=0xb9af02f\n"
+    "DEVINFO=0x75803800$CoreA$RouterR~0x75803800$CoreB$RouterR~\n"
+    "OUTFILES=CoreA$CoreA.tdf~CoreB$b.tdf~\nTRACEID=0x2$CoreA~\n";
+
+class StoreTest : public ConfigTest {
+protected:
+    // A session as loaded from a saved file; it never touches a target.
+    std::unique_ptr<CDeviceIdentifierImpl> Loaded()
+    {
+        auto d = Make();
+        EXPECT_TRUE(LoadText(*d, kSession));
+        return d;
+    }
+
+    void ExpectRestored(CDeviceIdentifierImpl& d)
+    {
+        EXPECT_EQ(d.GetSessionSetting("", Mora::Lux::Trace::eSessionSettingEmuName), "kmr990");
+        EXPECT_EQ(d.GetOutFileName("CoreB"), "b.tdf");
+        ASSERT_EQ(d.GetConnections().size(), 2u);
+        EXPECT_EQ(d.GetConnections()[0].traceId, 2u);
+    }
+};
+
+TEST_F(StoreTest, DimFileRoundTrip)
+{
+    EXPECT_TRUE(Loaded()->SaveConfiguration("run1", eTraceDataFileDCM));
+    const std::string path = TraceDir() + "/run1.dim";
+    EXPECT_EQ(readFile(path), kSession);
+
+    auto fresh = Make();
+    EXPECT_TRUE(fresh->LoadConfiguration(path, eTraceDataFileDCM));
+    ExpectRestored(*fresh);
+    EXPECT_FALSE(fresh->LoadConfiguration(home.file("missing.dim"), eTraceDataFileDCM));
+    EXPECT_THAT(Log(), HasSubstr("Devid: error loading settings from "));
+}
+
+TEST_F(StoreTest, DimSaveFailures)
+{
+    auto d = Loaded();
+    EXPECT_FALSE(d->SaveConfiguration("", eTraceDataFileDCM));
+    EXPECT_FALSE(d->SaveConfiguration("no/such/dir/run", eTraceDataFileDCM));
+    EXPECT_FALSE(d->SaveConfiguration("run", eTraceDataFileDeviceXML));
+    // A full disk only shows when the data is flushed.
+    ASSERT_EQ(symlink("/dev/full", (TraceDir() + "/full.dim").c_str()), 0);
+    EXPECT_FALSE(d->SaveConfiguration("full", eTraceDataFileDCM));
+    EXPECT_THAT(Log(), HasSubstr("full.dim"));
+}
+
+TEST_F(StoreTest, TdfSectionBesideOtherSections)
+{
+    const std::string file = home.file("trace.tdf");
+    const std::string other = "other section data";
+    TDFHandler tdf;
+    tdf.CreateTDFFile(file.c_str());
+    uint32_t offset = 0, length = 0;
+    tdf.SaveSectionHeader(file.c_str(), "OTHER", 3, offset);
+    tdf.SaveSectionData(file.c_str(), "OTHER", offset, other.data(), 1, other.size(), length);
+
+    EXPECT_FALSE(Loaded()->SaveConfiguration(file, eTraceDataFileTDF));
+    std::string back(64, '\0');
+    tdf.LoadSectionData(file.c_str(), "OTHER", 3, &back[0], 64, length);
+    EXPECT_EQ(back.substr(0, length), other);
+    tdf.GetSectionDataLengthInBytes(file.c_str(), "DEVID", 1, length);
+    EXPECT_EQ(length, sizeof kSession - 1);
+
+    auto fresh = Make();
+    EXPECT_TRUE(fresh->LoadConfiguration(file, eTraceDataFileTDF));
+    ExpectRestored(*fresh);
+    EXPECT_FALSE(std::filesystem::exists(TraceDir() + "/data/temp.txt"));
+}
+
+TEST_F(StoreTest, TdfFailuresLeaveFilesAlone)
+{
+    const std::string notTdf = home.write("plain.tdf", "plain text");
+    EXPECT_FALSE(Loaded()->SaveConfiguration(notTdf, eTraceDataFileTDF));
+    EXPECT_EQ(readFile(notTdf), "plain text");
+
+    const std::string file = home.file("empty.tdf");
+    TDFHandler tdf;
+    tdf.CreateTDFFile(file.c_str());
+    auto d = Make();
+    EXPECT_FALSE(d->LoadConfiguration(file, eTraceDataFileTDF));
+    EXPECT_THAT(Log(), HasSubstr("Devid: Section size cannot be located in the file."));
+    uint32_t offset = 0;
+    tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
+    EXPECT_FALSE(d->LoadConfiguration(file, eTraceDataFileTDF));
+    EXPECT_THAT(Log(), HasSubstr("Devid: memory allocation failure."));
+    EXPECT_FALSE(d->IsConfigurationLoaded());
+}
+
+TEST_F(StoreTest, DeviceIdLoadsOnce)
+{
+    auto d = Make();
+    d->LoadConfiguration(0x1234u);
+    EXPECT_TRUE(d->IsConfigurationLoaded());
+    EXPECT_TRUE(d->LoadConfiguration(0x1234u));
+    EXPECT_EQ(d->GetDeviceIds().size(), 1u);
+    EXPECT_FALSE(d->LoadConfiguration(home.file("device.xml"), eTraceDataFileDeviceXML));
+    EXPECT_FALSE(d->LoadConfiguration("", eTraceDataFileDCM));
+}
+
+} // namespace

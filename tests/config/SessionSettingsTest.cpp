@@ -1,0 +1,43 @@
+#include "tests/config/ConfigTestSupport.h"
+
+using namespace devid_test;
+using namespace Mora::Lux::Trace;
+
+namespace {
+
+TEST_F(ConfigTest, SettingsOfALoadedSession)
+{
+    auto d = Make();
+    ASSERT_TRUE(LoadText(*d, "EMU=kmr990\nPORT=usb:7\nOUTFILES=CoreA$a.tdf~\n"));
+    FakeChannelServer server;
+    Access::SetChannelServer(*d, &server); // must not be asked offline
+    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingDebuggerName), "Quarry Workbench");
+    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingEmuName), "kmr990");
+    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingEmuPort), "usb:7");
+    EXPECT_EQ(d->GetSessionSetting("CoreA", eSessionSettingOutFile), "a.tdf");
+    EXPECT_EQ(d->GetOutFileName("CoreB"), "");
+    EXPECT_EQ(d->GetSessionSetting("CoreA", static_cast<eSessionSetting>(4)), "");
+    Access::SetChannelServer(*d, nullptr);
+}
+
+TEST_F(ConfigTest, LiveOutputFileNames)
+{
+    auto d = Make();
+    EXPECT_EQ(d->GetOutFileName("CoreA"), "");
+    FakeChannelServer server;
+    Access::SetChannelServer(*d, &server);
+    Access::OutFiles(*d)["xCore"] = "kept.tdf";
+    EXPECT_EQ(d->GetOutFileName("CoreA"), "CoreA.tdf");
+    EXPECT_EQ(d->GetOutFileName("xCore"), "");
+    EXPECT_EQ(d->GetOutFileName("boom"), "");
+
+    // The writer asks for every device so that the map covers them all.
+    Access::SetBoard(*d, "kmr990", "1");
+    Access::Connections(*d).push_back({1, 0, "CoreB", "R"});
+    std::string text;
+    ASSERT_TRUE(d->ComposeConfiguration(text));
+    EXPECT_NE(text.find("OUTFILES=CoreA$CoreA.tdf~CoreB$CoreB.tdf~xCore$kept.tdf~\n"), std::string::npos);
+    Access::SetChannelServer(*d, nullptr);
+}
+
+} // namespace
