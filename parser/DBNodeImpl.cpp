@@ -1,0 +1,65 @@
+#include "parser/DBNodeImpl.h"
+
+#include "parser/TargetDbParserImpl.h"
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+namespace {
+
+// ASCII only: the database's names are ASCII, and the host's locale must not matter.
+bool EqualIgnoringCase(const char* a, const char* b)
+{
+    auto fold = [](unsigned char c) { return (c >= 'A' && c <= 'Z') ? c - 'A' + 'a' : c; };
+    for (; *a && *b; ++a, ++b) {
+        if (fold(static_cast<unsigned char>(*a)) != fold(static_cast<unsigned char>(*b)))
+            return false;
+    }
+    return *a == *b;
+}
+
+// Text, comments and other node kinds are never presented, so navigation skips them.
+pugi::xml_node ThisOrNextElement(pugi::xml_node node)
+{
+    while (node && node.type() != pugi::node_element)
+        node = node.next_sibling();
+    return node;
+}
+
+} // namespace
+
+DBNodeImpl::DBNodeImpl(TargetDbParserImpl& owner, pugi::xml_node element)
+    : m_owner(owner), m_element(element)
+{
+}
+
+const char* DBNodeImpl::GetName()
+{
+    return m_element ? m_element.name() : nullptr;
+}
+
+const char* DBNodeImpl::GetAttribute(const char* name)
+{
+    if (!name)
+        return nullptr;
+    for (pugi::xml_attribute attribute : m_element.attributes()) {
+        if (EqualIgnoringCase(attribute.name(), name))
+            return attribute.value();
+    }
+    return nullptr;
+}
+
+DBNode* DBNodeImpl::GetFirstChild()
+{
+    return m_owner.NodeFor(ThisOrNextElement(m_element.first_child()));
+}
+
+DBNode* DBNodeImpl::GetNextSibling()
+{
+    return m_owner.NodeFor(ThisOrNextElement(m_element.next_sibling()));
+}
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora

@@ -1,0 +1,35 @@
+// One element of the loaded document, as the device identifier walks it.
+#ifndef MORA_LUX_TRACE_DBNODEIMPL_H
+#define MORA_LUX_TRACE_DBNODEIMPL_H
+
+#include "devid/model/TargetDbParser.h"
+
+#include <pugixml.hpp>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+class TargetDbParserImpl;
+
+/// A thin handle on a pugixml element; an empty handle is the parser's end node,
+/// which has no name or attributes and whose navigation leads back to itself.
+class DBNodeImpl : public DBNode {
+public:
+    DBNodeImpl(TargetDbParserImpl& owner, pugi::xml_node element);
+
+    const char* GetName() override;
+    const char* GetAttribute(const char* name) override;
+    DBNode* GetFirstChild() override;
+    DBNode* GetNextSibling() override;
+
+private:
+    TargetDbParserImpl& m_owner;
+    pugi::xml_node m_element;
+};
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
+
+#endif

@@ -1,0 +1,49 @@
+// The target-database reader: one XML document at a time, walked through DBNode objects.
+#ifndef MORA_LUX_TRACE_TARGETDBPARSERIMPL_H
+#define MORA_LUX_TRACE_TARGETDBPARSERIMPL_H
+
+#include "devid/model/TargetDbParser.h"
+#include "parser/DBNodeImpl.h"
+
+#include <pugixml.hpp>
+
+#include <deque>
+#include <unordered_map>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+/// Owns the loaded document and every node handed out for it. Node wrappers are made on
+/// first request, so a caller that only looks at the root pays for little more than the parse.
+class TargetDbParserImpl : public TargetDbParser {
+public:
+    TargetDbParserImpl();
+    ~TargetDbParserImpl() override;
+    TargetDbParserImpl(const TargetDbParserImpl&) = delete;
+    TargetDbParserImpl& operator=(const TargetDbParserImpl&) = delete;
+
+    /// Releases any earlier document first; -1 when the file is missing, unreadable or
+    /// not well-formed (nothing is loaded then), 0 otherwise. The flag is ignored.
+    int ParseFile(const char* path, int flag) override;
+    void ReleaseDocument() override;
+    DBNode* GetEndNode() override;
+    /// The outermost element, or the end node when no document is loaded.
+    DBNode* GetRootNode() override;
+
+    /// The one wrapper for an element of the loaded document; the end node for an empty handle.
+    DBNode* NodeFor(pugi::xml_node element);
+
+private:
+    pugi::xml_document m_document;
+    // A deque never moves its elements, so handed-out pointers stay valid as it grows.
+    std::deque<DBNodeImpl> m_nodes;
+    std::unordered_map<pugi::xml_node_struct*, DBNodeImpl*> m_nodeIndex;
+    DBNodeImpl m_endNode;
+};
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
+
+#endif
