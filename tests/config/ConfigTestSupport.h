@@ -7,6 +7,7 @@
 #include "devid/target/TraceFactory.h"
 #include "tests/common/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -24,10 +25,7 @@ class DeviceIdentifierTestAccess {
 public:
     static std::vector<DeviceConnectionInfo>& Connections(CDeviceIdentifierImpl& d) { return d.m_connections; }
     static std::map<std::string, std::string>& OutFiles(CDeviceIdentifierImpl& d) { return d.m_outFiles; }
-    static void SetBoard(CDeviceIdentifierImpl& d, const std::string& emulator, const std::string& port)
-    {
-        d.m_board.reset(new BoardConfig{emulator, port});
-    }
+    static void SetBoard(CDeviceIdentifierImpl& d) { d.m_board.reset(new BoardConfig{"kmr990", "1"}); }
     static void SetChannelServer(CDeviceIdentifierImpl& d, ChannelServer* server) { d.m_channelServer = server; }
 };
 
@@ -39,6 +37,7 @@ namespace devid_test {
 
 using Access = Mora::Lux::Trace::DeviceIdentifierTestAccess;
 using Mora::Lux::Trace::CDeviceIdentifierImpl;
+using ::testing::HasSubstr;
 
 // Answers "<name>.tdf", nothing for names starting with "x", and throws for "boom".
 class FakeChannelServer : public Mora::Lux::Trace::ChannelServer {
@@ -72,15 +71,9 @@ protected:
         return result;
     }
 
-    static std::string Compose(CDeviceIdentifierImpl& d)
-    {
-        std::string text;
-        EXPECT_TRUE(d.ComposeConfiguration(text));
-        return text;
-    }
-
     std::string TraceDir() const { return home.file(".MORA-trace"); }
 
+    // Every log file of the folder: a forked child writes its own.
     std::string Log() const
     {
         std::string all;

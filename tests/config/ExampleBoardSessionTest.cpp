@@ -2,13 +2,10 @@
 
 #include "tdf/TDFHandler.h"
 
-#include <gmock/gmock.h>
-
 #include <dlfcn.h>
 
 using namespace devid_test;
 using namespace Mora::Lux::Trace;
-using ::testing::HasSubstr;
 
 namespace {
 

@@ -5,22 +5,21 @@ using namespace Mora::Lux::Trace;
 
 namespace {
 
-TEST_F(ConfigTest, SettingsOfALoadedSession)
+TEST_F(ConfigTest, SettingsOfALoadedSessionNeverAskTheServer)
 {
     auto d = Make();
-    ASSERT_TRUE(LoadText(*d, "EMU=kmr990\nPORT=usb:7\nOUTFILES=CoreA$a.tdf~\n"));
+    ASSERT_TRUE(LoadText(*d, "EMU=kmr990\nOUTFILES=CoreA$a.tdf~\n"));
     FakeChannelServer server;
-    Access::SetChannelServer(*d, &server); // must not be asked offline
+    Access::SetChannelServer(*d, &server);
     EXPECT_EQ(d->GetSessionSetting("", eSessionSettingDebuggerName), "Quarry Workbench");
     EXPECT_EQ(d->GetSessionSetting("", eSessionSettingEmuName), "kmr990");
-    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingEmuPort), "usb:7");
     EXPECT_EQ(d->GetSessionSetting("CoreA", eSessionSettingOutFile), "a.tdf");
     EXPECT_EQ(d->GetOutFileName("CoreB"), "");
     EXPECT_EQ(d->GetSessionSetting("CoreA", static_cast<eSessionSetting>(4)), "");
     Access::SetChannelServer(*d, nullptr);
 }
 
-TEST_F(ConfigTest, LiveOutputFileNames)
+TEST_F(ConfigTest, LiveOutputFileNamesFillTheSavedMap)
 {
     auto d = Make();
     EXPECT_EQ(d->GetOutFileName("CoreA"), "");
@@ -32,11 +31,11 @@ TEST_F(ConfigTest, LiveOutputFileNames)
     EXPECT_EQ(d->GetOutFileName("boom"), "");
 
     // The writer asks for every device so that the map covers them all.
-    Access::SetBoard(*d, "kmr990", "1");
+    Access::SetBoard(*d);
     Access::Connections(*d).push_back({1, 0, "CoreB", "R"});
     std::string text;
     ASSERT_TRUE(d->ComposeConfiguration(text));
-    EXPECT_NE(text.find("OUTFILES=CoreA$CoreA.tdf~CoreB$CoreB.tdf~xCore$kept.tdf~\n"), std::string::npos);
+    EXPECT_THAT(text, HasSubstr("\nOUTFILES=CoreA$CoreA.tdf~CoreB$CoreB.tdf~xCore$kept.tdf~\n"));
     Access::SetChannelServer(*d, nullptr);
 }
 
