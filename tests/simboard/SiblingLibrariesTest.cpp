@@ -15,14 +15,34 @@ using namespace sibling_client;
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__)
+#define SIBLING_TEST_UNDER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define SIBLING_TEST_UNDER_ASAN 1
+#endif
+#endif
+
 class Library {
 public:
-    explicit Library(const char* fileName) : m_handle(dlopen(fileName, RTLD_NOW | RTLD_LOCAL))
+    explicit Library(const char* fileName)
     {
+#ifdef SIBLING_TEST_UNDER_ASAN
+        // The sanitizer's dlopen wrapper hides this program's run path from the
+        // loader; once opened by full path, the short name finds the library by
+        // its SONAME. The plain build checks the short-name search itself.
+        m_preloaded = dlopen((std::string(DEVID_BUILD_DIR "/lib/") + fileName).c_str(), RTLD_NOW | RTLD_LOCAL);
+#endif
+        m_handle = dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
         if (m_handle == nullptr)
             throw std::runtime_error(dlerror());
     }
-    ~Library() { dlclose(m_handle); }
+    ~Library()
+    {
+        dlclose(m_handle);
+        if (m_preloaded != nullptr)
+            dlclose(m_preloaded);
+    }
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
@@ -36,7 +56,8 @@ public:
     }
 
 private:
-    void* m_handle;
+    void* m_preloaded = nullptr;
+    void* m_handle = nullptr;
 };
 
 const char* const Board = R"(<?xml version="1.0"?>
