@@ -27,16 +27,6 @@ const int kCreateLine = 45;
 const int kDestroyLine = 58;
 const int kTmpDestroyLine = 74;
 
-// Also releases the lock when construction throws, so other threads are not
-// blocked for good by one failed start-up.
-class StLockHolder {
-public:
-    StLockHolder() { stLock.Lock(); }
-    ~StLockHolder() { stLock.Unlock(); }
-    StLockHolder(const StLockHolder&) = delete;
-    StLockHolder& operator=(const StLockHolder&) = delete;
-};
-
 } // namespace
 
 extern "C" {
@@ -44,7 +34,9 @@ extern "C" {
 CDeviceIdentifier* CreateDeviceIdentifier()
 {
     DevIdTraceEntry(kSourceName, kCreateLine, "CreateDeviceIdentifier");
-    StLockHolder hold;
+    // The guard also releases the lock when construction throws, so one failed
+    // start-up does not block every other thread for good.
+    MORA_LUX::uMutexGuard hold(stLock);
     if (refCount == 0)
         stDevId = new CDeviceIdentifierImpl();
     ++refCount;
@@ -54,7 +46,7 @@ CDeviceIdentifier* CreateDeviceIdentifier()
 void DestroyDeviceIdentifier(CDeviceIdentifier* deviceIdentifier, bool force)
 {
     DevIdTraceEntry(kSourceName, kDestroyLine, "DestroyDeviceIdentifier");
-    StLockHolder hold;
+    MORA_LUX::uMutexGuard hold(stLock);
     if (refCount > 0)
         --refCount;
     if (!force && refCount != 0)

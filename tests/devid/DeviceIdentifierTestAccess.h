@@ -8,47 +8,38 @@
 #include "devid/model/CSourceInfoImpl.h"
 #include "devid/model/CTraceRouteInfoImpl.h"
 
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace Mora {
 namespace Lux {
 namespace Trace {
 
 class DeviceIdentifierTestAccess {
 public:
-    explicit DeviceIdentifierTestAccess(CDeviceIdentifierImpl& devId) : m_devId(devId) {}
+    explicit DeviceIdentifierTestAccess(CDeviceIdentifierImpl& devId) : d(devId) {}
 
     CModuleInfoImpl* AddModule(const std::string& name)
     {
-        m_devId.m_modules.push_back(std::make_unique<CModuleInfoImpl>(name, "kind", "proc", "1"));
-        return m_devId.m_modules.back().get();
+        return d.m_modules.emplace_back(new CModuleInfoImpl(name, "kind", "proc", "1")).get();
     }
-    CSourceInfoImpl* AddSource(const std::string& id, const std::string& name,
-                               std::vector<std::string> components = {})
+    CSourceInfoImpl* AddSource(const std::string& id, const std::string& name, std::vector<std::string> parts = {})
     {
-        m_devId.m_sources.push_back(std::make_unique<CSourceInfoImpl>(id, name, std::move(components),
-                                                                      std::vector<CCharacteristic*>(), false));
-        return m_devId.m_sources.back().get();
+        return d.m_sources.emplace_back(new CSourceInfoImpl(id, name, parts, {}, false)).get();
     }
-    CTraceRouteInfoImpl* AddRoute(const std::string& sourceId, std::vector<std::string> links,
-                                  const std::string& sink, const std::string& drm)
+    CTraceRouteInfoImpl* AddRoute(const std::string& source, std::vector<std::string> links, const std::string& sink,
+                                  const std::string& drm)
     {
-        m_devId.m_routes.push_back(std::make_unique<CTraceRouteInfoImpl>(sourceId, std::move(links), sink, drm));
-        return m_devId.m_routes.back().get();
+        return d.m_routes.emplace_back(new CTraceRouteInfoImpl(source, links, sink, drm)).get();
     }
-    // Queries then use the hand-built model as the loaded one.
-    void MarkLoaded() { m_devId.m_databasesLoaded = true; }
-    // Offline and without device IDs: the next load fails without touching any target.
+    /// Queries then take the hand-built model as the loaded one.
+    void MarkLoaded() { d.m_databasesLoaded = true; }
+    /// Offline without device IDs: the next load fails without touching a target.
     void GoOffline()
     {
-        m_devId.m_configFromFile = true;
-        m_devId.m_deviceIds.clear();
+        d.m_configFromFile = true;
+        d.m_deviceIds.clear();
     }
 
 private:
-    CDeviceIdentifierImpl& m_devId;
+    CDeviceIdentifierImpl& d;
 };
 
 } // namespace Trace

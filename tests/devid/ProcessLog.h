@@ -4,9 +4,7 @@
 
 #include "tests/common/TempDir.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <string>
 
 namespace devid_test {
 
@@ -21,14 +19,13 @@ public:
 
     std::string traceDirectory() const { return m_home.file(".MORA-trace"); }
 
-    /// The one log file of the process, or "" before the first line.
+    /// The process's one log file, or "" before its first line.
     std::string path() const
     {
-        std::error_code ignored;
-        for (const auto& entry : std::filesystem::directory_iterator(traceDirectory(), ignored)) {
+        std::error_code none;
+        for (const auto& entry : std::filesystem::directory_iterator(traceDirectory(), none))
             if (entry.path().filename().string().rfind("mora_trace_log_", 0) == 0)
                 return entry.path().string();
-        }
         return "";
     }
 
