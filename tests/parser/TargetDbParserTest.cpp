@@ -19,6 +19,16 @@ using Mora::Lux::Trace::TargetDbParser;
 
 namespace {
 
+// By the short name first, as the device identifier loads it through its run path. The
+// sanitizer runtime intercepts dlopen and so hides the test's own run path; then the
+// library is taken from the build folder.
+void* OpenParserLibrary()
+{
+    if (void* library = dlopen("libmora_targetdb_parser.so", RTLD_NOW | RTLD_LOCAL))
+        return library;
+    return dlopen(DEVID_BUILD_DIR "/lib/libmora_targetdb_parser.so", RTLD_NOW | RTLD_LOCAL);
+}
+
 const char* const kDatabase = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!-- leading comment -->
 <DataBase Version="3">
@@ -36,12 +46,11 @@ const char* const kDatabase = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!-- trailing comment -->
 )";
 
-// Loads the library by its short name through the test's run path, as the device identifier does.
 class TargetDbParserTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        m_library = dlopen("libmora_targetdb_parser.so", RTLD_NOW | RTLD_LOCAL);
+        m_library = OpenParserLibrary();
         ASSERT_NE(nullptr, m_library) << dlerror();
         auto create = reinterpret_cast<CreateParserCPPFn>(dlsym(m_library, "CreateParserCPP"));
         m_destroy = reinterpret_cast<DestroyParserCPPPFn>(dlsym(m_library, "DestroyParserCPPP"));
@@ -196,7 +205,7 @@ TEST_F(TargetDbParserTest, RefusesAnUnreadableFile)
 
 TEST(TargetDbParserExportTest, DestroyAcceptsNull)
 {
-    void* library = dlopen("libmora_targetdb_parser.so", RTLD_NOW | RTLD_LOCAL);
+    void* library = OpenParserLibrary();
     ASSERT_NE(nullptr, library) << dlerror();
     auto destroy = reinterpret_cast<DestroyParserCPPPFn>(dlsym(library, "DestroyParserCPPP"));
     ASSERT_NE(nullptr, destroy);
