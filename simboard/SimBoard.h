@@ -51,7 +51,8 @@ struct SimBoard {
     /// Full path of the board configuration file.
     std::string configFile;
     SimConnectMode connectMode = SimConnectMode::Ok;
-    std::string connectMessage;
+    /// Text of the exception when connectMode is Throw.
+    std::string connectMessage = "simulated board refuses the channel server connection";
     /// In scan-chain order.
     std::vector<SimDevice> devices;
 

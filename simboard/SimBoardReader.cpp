@@ -175,8 +175,8 @@ void ReadTraceFactory(const pugi::xml_node& element, SimBoard& board)
         board.connectMode = SimConnectMode::Throw;
     else
         Fail(element, "attribute \"connect\" must be ok, fail or throw: \"" + connect + "\"");
-    board.connectMessage =
-        element.attribute("message").as_string("simulated board refuses the channel server connection");
+    if (pugi::xml_attribute message = element.attribute("message"))
+        board.connectMessage = message.value();
 }
 
 SimBoard ReadBoard(const pugi::xml_node& root, const std::string& folder)
@@ -190,7 +190,6 @@ SimBoard ReadBoard(const pugi::xml_node& root, const std::string& folder)
     if (config.empty())
         Fail(root, "missing or empty attribute \"config\"");
     board.configFile = config[0] == '/' ? config : folder + "/" + config;
-    board.connectMessage = "simulated board refuses the channel server connection";
     bool boardReady = OptionalBool(root, "ready", true);
 
     bool haveTraceFactory = false;
