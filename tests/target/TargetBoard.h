@@ -1,0 +1,82 @@
+// A simulated board in a scratch folder, the environment that points the
+// device identifier at it, and what the identifier logged.
+#ifndef DEVID_TESTS_TARGETBOARD_H
+#define DEVID_TESTS_TARGETBOARD_H
+
+#include "devid/CDeviceIdentifierImpl.h"
+#include "tests/common/TempDir.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace Mora {
+namespace Lux {
+namespace Trace {
+
+// Sets the processor a client query would have selected.
+class DeviceIdentifierTestAccess {
+public:
+    static void SelectProc(CDeviceIdentifierImpl& identifier, const std::string& name)
+    {
+        identifier.m_selectedProcName = name;
+    }
+};
+
+} // namespace Trace
+} // namespace Lux
+} // namespace Mora
+
+namespace devid_test {
+
+// The log goes below the first HOME of the process, so one board per test.
+class TargetBoard {
+public:
+    TargetBoard()
+    {
+        for (const char* sub : {"home", "board", "db"})
+            std::filesystem::create_directories(m_dir.file(sub));
+        setenv("HOME", m_dir.file("home").c_str(), 1);
+        setenv("COMMON_VEXIF", m_dir.file("board").c_str(), 1);
+        setenv("TRACE_XMLDB_DEVICES", m_dir.file("db").c_str(), 1);
+        setenv("MORA_TRACE_LOGGING", "1", 1);
+    }
+
+    /// simboard.xml with these devices (and tracefactory element).
+    void devices(const std::string& body) const
+    {
+        raw("simboard.xml", "<simboard config=\"board.cfg\">\n" + body + "</simboard>\n");
+    }
+    void raw(const std::string& name, const std::string& content) const { m_dir.write("board/" + name, content); }
+    std::string path(const std::string& name) const { return m_dir.file("board/" + name); }
+    std::unique_ptr<Mora::Lux::Trace::CDeviceIdentifierImpl> identifier() const
+    {
+        return std::make_unique<Mora::Lux::Trace::CDeviceIdentifierImpl>();
+    }
+
+    std::string log() const
+    {
+        std::string text;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_dir.file("home")))
+            if (entry.path().filename().string().rfind("mora_trace_log", 0) == 0)
+                text += readFile(entry.path().string());
+        return text;
+    }
+    /// How often `line` occurs in the log.
+    int logged(const std::string& line) const
+    {
+        const std::string text = log();
+        int n = 0;
+        for (std::size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1))
+            ++n;
+        return n;
+    }
+
+private:
+    TempDir m_dir;
+};
+
+} // namespace devid_test
+
+#endif
