@@ -1,7 +1,7 @@
 // How a debugger built elsewhere sees the sibling libraries: its own interface
 // declarations with the same virtual slot layout under different names. The
 // tests call our libraries only through these, so a slot moved in our headers
-// shows up as a wrong answer or a crash here.
+// shows up as a wrong answer or a crash here. Slot numbers count from 0.
 #ifndef DEVID_TESTS_SIBLINGCLIENT_H
 #define DEVID_TESTS_SIBLINGCLIENT_H
 
@@ -12,14 +12,14 @@ namespace sibling_client {
 
 class ScanSetup {
 public:
-    virtual bool Open(std::string& nameOrError) = 0;                          // 0
-    virtual void BoardFile(std::string& path) = 0;                            // 1
-    virtual bool Parent(std::string& name, uint32_t& type, const char* device) = 0; // 2
-    virtual bool Count(int32_t& count) = 0;                                   // 3
-    virtual void Device(int32_t index, std::string& name, uint32_t& type) = 0; // 4
-    virtual void TraceId(int32_t index, uint32_t& traceId) = 0;               // 5
-    virtual void Unused6() = 0;                                               // 6
-    virtual void Dap(std::string device, std::string& dap) = 0;               // 7
+    virtual bool Open(std::string& nameOrError) = 0;                                 // 0
+    virtual void BoardFile(std::string& path) = 0;                                   // 1
+    virtual bool Parent(std::string& name, uint32_t& type, const char* device) = 0;  // 2
+    virtual bool Count(int32_t& count) = 0;                                          // 3
+    virtual void Device(int32_t index, std::string& name, uint32_t& type) = 0;       // 4
+    virtual void TraceId(int32_t index, uint32_t& traceId) = 0;                      // 5
+    virtual void Unused6() = 0;
+    virtual void Dap(std::string device, std::string& dap) = 0;                      // 7
 
 protected:
     ~ScanSetup() = default;
@@ -27,39 +27,25 @@ protected:
 
 class Probe {
 public:
-    virtual ~Probe() = default;                                               // 0, 1
-    virtual void Unused2() = 0;
-    virtual void Unused3() = 0;
-    virtual void Unused4() = 0;
+    virtual ~Probe() = default;                                                      // 0, 1
+    virtual void Unused2() = 0; virtual void Unused3() = 0; virtual void Unused4() = 0;
     virtual uint32_t Memory(uint32_t& value, uint32_t address, uint32_t unit, bool paged) = 0; // 5
     virtual void Unused6() = 0;
-    virtual uint32_t Register(uint32_t handle, uint32_t& value) = 0;          // 7
-    virtual uint32_t Lookup(const char* name, uint32_t& handle) = 0;          // 8
-    virtual void Unused9() = 0;
-    virtual void Unused10() = 0;
-    virtual void Unused11() = 0;
-    virtual void Unused12() = 0;
-    virtual void Unused13() = 0;
-    virtual void Unused14() = 0;
+    virtual uint32_t Register(uint32_t handle, uint32_t& value) = 0;                 // 7
+    virtual uint32_t Lookup(const char* name, uint32_t& handle) = 0;                 // 8
+    virtual void Unused9() = 0; virtual void Unused10() = 0; virtual void Unused11() = 0;
+    virtual void Unused12() = 0; virtual void Unused13() = 0; virtual void Unused14() = 0;
     virtual void Unused15() = 0;
-    virtual bool Ready() = 0;                                                 // 16
+    virtual bool Ready() = 0;                                                        // 16
 };
 
 class Channel {
 public:
-    virtual void Unused0() = 0;
-    virtual void Unused1() = 0;
-    virtual void Unused2() = 0;
-    virtual void Unused3() = 0;
-    virtual void Unused4() = 0;
-    virtual void Unused5() = 0;
-    virtual void Unused6() = 0;
-    virtual void Unused7() = 0;
-    virtual void Unused8() = 0;
-    virtual void Unused9() = 0;
-    virtual void Unused10() = 0;
-    virtual void Unused11() = 0;
-    virtual void OutFile(const std::string& proc, std::string& file) = 0;     // 12
+    virtual void Unused0() = 0; virtual void Unused1() = 0; virtual void Unused2() = 0;
+    virtual void Unused3() = 0; virtual void Unused4() = 0; virtual void Unused5() = 0;
+    virtual void Unused6() = 0; virtual void Unused7() = 0; virtual void Unused8() = 0;
+    virtual void Unused9() = 0; virtual void Unused10() = 0; virtual void Unused11() = 0;
+    virtual void OutFile(const std::string& proc, std::string& file) = 0;            // 12
 
 protected:
     ~Channel() = default;
@@ -67,19 +53,12 @@ protected:
 
 class Factory {
 public:
-    virtual void Connect(Channel** server, int mode) = 0;                     // 0
-    virtual void Disconnect(Channel* server, int mode) = 0;                   // 1
+    virtual void Connect(Channel** server, int mode) = 0;                            // 0
+    virtual void Disconnect(Channel* server, int mode) = 0;                          // 1
 
 protected:
     ~Factory() = default;
 };
-
-typedef ScanSetup* (*CreateScanSetupFn)();
-typedef void (*DestroyScanSetupFn)(ScanSetup*);
-typedef int (*NewProbeFn)(const char*, Probe**);
-typedef void (*FreeProbeFn)(Probe*);
-typedef Factory* (*CreateFactoryFn)();
-typedef void (*DestroyFactoryFn)(Factory*);
 
 } // namespace sibling_client
 
