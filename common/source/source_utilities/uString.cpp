@@ -198,9 +198,11 @@ std::string& uString::Replace(std::string& text, const char* from, const char* t
     while (at != std::string::npos) {
         // The scan resumes after the length of `from`, so it may run into the
         // text just inserted. A match lying wholly inside it would recur at the
-        // same offset forever; stop there.
-        if (at + fromLength <= insertedEnd)
-            break;
+        // same offset forever; skip to the end of the inserted text instead.
+        if (at + fromLength <= insertedEnd) {
+            at = text.find(from, insertedEnd);
+            continue;
+        }
         text.replace(at, fromLength, to);
         insertedEnd = at + toLength;
         at = text.find(from, at + fromLength);
