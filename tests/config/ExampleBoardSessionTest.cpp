@@ -2,8 +2,6 @@
 
 #include "tdf/TDFHandler.h"
 
-#include <dlfcn.h>
-
 using namespace devid_test;
 using namespace Mora::Lux::Trace;
 
@@ -13,10 +11,6 @@ namespace {
 bool SaveOnExampleBoard(const std::string& tdfFile)
 {
     setenv("COMMON_VEXIF", DEVID_SOURCE_DIR "/examples/board", 1);
-    // AddressSanitizer's dlopen interceptor hides libdevid's run path, so the
-    // siblings are opened by full path first; the short-name opens then find them.
-    for (const char* sibling : {"libSetupAdapter4.so", "libProbeTargetAdapter.so", "libTraceFactory.so"})
-        dlopen((std::string(DEVID_BUILD_DIR "/lib/") + sibling).c_str(), RTLD_NOW);
     CDeviceIdentifierImpl live;
     const bool saved = live.SaveConfiguration("bench", eTraceDataFileDCM);
     live.SaveConfiguration(tdfFile, eTraceDataFileTDF);
