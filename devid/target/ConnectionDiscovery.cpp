@@ -91,8 +91,11 @@ void CDeviceIdentifierImpl::LoadDeviceConnectionInfo()
     } else {
         DevIdLog(16, "DevId: Unable to get proc address from %s", kSetupAdapterLibrary);
     }
-    if (m_setupAdapter == nullptr)
+    if (m_setupAdapter == nullptr) {
+        // Nothing to ask the chain through; a later call tries again.
+        DevIdLog(16, "DevId: Unable to create setup adapter -  %s", kSetupAdapterLibrary);
         return;
+    }
 
     std::string text = kSetupAdapterLibrary;
     if (!m_setupAdapter->Open(text)) {

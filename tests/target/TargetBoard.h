@@ -3,6 +3,7 @@
 #ifndef DEVID_TESTS_TARGETBOARD_H
 #define DEVID_TESTS_TARGETBOARD_H
 
+#include "common/source/source_utilities/uDll.h"
 #include "devid/CDeviceIdentifierImpl.h"
 #include "tests/common/TempDir.h"
 
@@ -30,6 +31,27 @@ public:
 
 namespace devid_test {
 
+#if defined(__SANITIZE_ADDRESS__)
+#define DEVID_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define DEVID_TEST_SANITIZED 1
+#endif
+#endif
+
+// The sanitizer runtime intercepts dlopen and so hides libdevid.so's run path;
+// loading the simulated siblings from the build folder first lets the
+// identifier's loads by short name find them already in the process.
+inline void PreloadSiblingsWhenSanitized()
+{
+#ifdef DEVID_TEST_SANITIZED
+    static MORA_LUX::uDll siblings[3];
+    const char* names[3] = {"libSetupAdapter4.so", "libProbeTargetAdapter.so", "libTraceFactory.so"};
+    for (int i = 0; i < 3; ++i)
+        siblings[i].Load((std::string(DEVID_BUILD_DIR "/lib/") + names[i]).c_str());
+#endif
+}
+
 // The log goes below the first HOME of the process, so one board per test.
 class TargetBoard {
 public:
@@ -41,6 +63,7 @@ public:
         setenv("COMMON_VEXIF", m_dir.file("board").c_str(), 1);
         setenv("TRACE_XMLDB_DEVICES", m_dir.file("db").c_str(), 1);
         setenv("MORA_TRACE_LOGGING", "1", 1);
+        PreloadSiblingsWhenSanitized();
     }
 
     /// simboard.xml with these devices (and tracefactory element).
