@@ -14,6 +14,8 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace devid_cli {
 
@@ -173,6 +175,22 @@ void Build(CLI::App& app, ToolOptions& options)
     AddJsonOption(*check, options);
 }
 
+// The command a failed command line was heading for, named as a successful
+// run of it would be.
+std::string AttemptedCommand(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* level = &app; !level->get_subcommands().empty();) {
+        level = level->get_subcommands().front();
+        names.push_back(level->get_name());
+    }
+    if (names.empty())
+        return "devid";
+    if (names.front() == "tdf" || names.front() == "db")
+        return names.size() > 1 ? names[0] + " " + names[1] : names[0];
+    return names.back();
+}
+
 // --json must shape the error about a command line that did not parse.
 bool AsksForJson(int argc, char** argv)
 {
@@ -230,7 +248,7 @@ int CommandLine::Run(int argc, char** argv, std::ostream& out, std::ostream& err
             return app.exit(error, out, err);
         const ToolError usage(ErrorKind::Usage, error.what());
         const bool json = AsksForJson(argc, argv);
-        MakeFormatter(json, CommandName(options.command), out, err)->Finish(&usage, "");
+        MakeFormatter(json, AttemptedCommand(app), out, err)->Finish(&usage, "");
         if (!json)
             err << "Run 'devid --help' (or 'devid COMMAND --help') for usage.\n";
         return usage.exitCode();

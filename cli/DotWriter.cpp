@@ -46,8 +46,9 @@ public:
     std::string AddSource(const RouteView& route)
     {
         const std::string id = "source:" + route.source.name;
-        const std::string label =
-            route.sourceName.empty() ? route.source.name : route.sourceName + "\n" + route.source.name;
+        const std::string label = route.sourceName.empty() || route.sourceName == route.source.name
+                                      ? route.source.name
+                                      : route.sourceName + "\n" + route.source.name;
         m_nodes.emplace(id, Node{Role::Source, label, route.source.resolved});
         return id;
     }

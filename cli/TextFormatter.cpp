@@ -82,7 +82,7 @@ void PrintRouteTable(std::ostream& out, const std::vector<RouteView>& routes)
     for (std::size_t i = 0; i < routes.size(); ++i) {
         const RouteView& route = routes[i];
         std::string source = Name(route.source);
-        if (!route.sourceName.empty())
+        if (!route.sourceName.empty() && route.sourceName != route.source.name)
             source += " (" + route.sourceName + ")";
         std::vector<std::string> links;
         for (const ModuleRef& link : route.links)
@@ -102,7 +102,11 @@ void PrintRouteTable(std::ostream& out, const std::vector<RouteView>& routes)
 
 void TextFormatter::Configuration(const LoadView& view)
 {
-    m_out << "Offline, from the saved configuration " << view.path << " (" << view.kind << ")\n\n";
+    m_out << "Offline, from the saved configuration " << view.path << " (" << view.kind << ")\n";
+    if (view.deviceIds.size() > 1)
+        m_out << "Note: the library loads a description once for each of the " << view.deviceIds.size()
+              << " saved device IDs, so what it lists may repeat\n";
+    m_out << '\n';
 }
 
 void TextFormatter::Identification(const IdentifyView& view)
@@ -153,7 +157,7 @@ void TextFormatter::Processors(const ProcessorsView& view)
 
 void TextFormatter::Processor(const SourceView& source, const std::vector<RouteView>& routes)
 {
-    m_out << "Processor " << source.name << "  (source " << source.id
+    m_out << "Processor " << source.name << "  (source ID " << source.id
           << ", STM master: " << (source.stmMaster ? "yes" : "no") << ")\n";
     if (!source.characteristics.empty()) {
         m_out << "Characteristics\n";
