@@ -164,6 +164,8 @@ TEST_F(uLoggerTest, FileNamesAndModuleInfo)
 TEST_F(uLoggerTest, InitLogExSkipsRegistryAndStartUpLines)
 {
     uLogSystem* system = uLogSystem::GetLogSystem();
+    system->SetLoggingLevel(3);
+    EXPECT_EQ(system->GetLoggingLevel(), 0) << "no logger to apply the level to";
     EXPECT_FALSE(system->InitLogEx(nullptr, 1, nullptr));
     ASSERT_TRUE(system->InitLogEx("ex.txt", 4, m_logs.path().c_str()));
     EXPECT_EQ(system->GetLoggingLevel(), 2);
@@ -173,4 +175,15 @@ TEST_F(uLoggerTest, InitLogExSkipsRegistryAndStartUpLines)
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "M      only\n");
     EXPECT_EQ(Read("ex.txt"), "M      only\n");
     EXPECT_TRUE(system->InitLogEx("other.txt", 1, nullptr)) << "a current logger exists";
+}
+
+TEST_F(uLoggerTest, ARegistryLookupKeepsTheDisplacedLoggerAlive)
+{
+    uEnvironment::SetVar("DEVID_TEST_LOG_LEVEL", "1");
+    uLogSystem* system = uLogSystem::GetLogSystem();
+    ASSERT_TRUE(system->InitLog("plain.txt", "DEVID_TEST_LOG_LEVEL", "DEVID_TEST_LOG_DIR", false));
+    uLogger* plain = system->GetLogger();
+    EXPECT_NE(Init("registered.txt", "1"), plain);
+    plain->Log(1, uLogger::TD_NONE, "still here");
+    EXPECT_NE(Read("plain.txt").find("M      still here\n"), std::string::npos);
 }
