@@ -79,7 +79,7 @@ void AddDeviceCommands(CLI::App& parent, ToolOptions& options, bool withLoad)
     const std::string prefix = withLoad ? "devid " : "devid load run1.dim ";
 
     CLI::App* identify = AddCommand(parent, "identify",
-                                    "Show the scan chain, the device IDs read and the description file that matched",
+                                    "Show the scan chain, the device IDs read and the description file each one matches",
                                     "  " + prefix + "identify\n  " + prefix + "identify --json\n", options,
                                     Command::Identify);
     AddDeviceOptions(*identify, options, withLoad);
@@ -154,6 +154,7 @@ void Build(CLI::App& app, ToolOptions& options)
 
     CLI::App* tdf = app.add_subcommand("tdf", "Look into a TDF trace data file");
     tdf->require_subcommand(1);
+    tdf->footer("\nExamples:\n  devid tdf ls trace.tdf\n  devid tdf cat trace.tdf DEVID 1\n");
     CLI::App* ls = AddCommand(*tdf, "ls", "List the sections: name, version, offset and length",
                               "  devid tdf ls trace.tdf\n  devid tdf ls trace.tdf --json\n", options, Command::TdfList);
     ls->add_option("FILE", options.tdfFile, "The TDF file")->required();
@@ -166,6 +167,7 @@ void Build(CLI::App& app, ToolOptions& options)
 
     CLI::App* db = app.add_subcommand("db", "Work with a device database folder");
     db->require_subcommand(1);
+    db->footer("\nExamples:\n  devid db check\n  devid db check examples/db --json\n");
     CLI::App* check = AddCommand(*db, "check",
                                  "Check every device description file of a folder as the library will read it",
                                  "  devid db check\n  devid db check examples/db --json\n", options, Command::DbCheck);

@@ -63,7 +63,7 @@ public:
         out << "digraph trace_topology {\n"
                "  rankdir=LR;\n"
                "  node [fontname=\"Helvetica\", fontsize=11];\n"
-               "  edge [color=\"#555555\"];\n";
+               "  edge [color=\"#555555\", fontname=\"Helvetica\", fontsize=9];\n";
         for (const auto& [id, node] : m_nodes) {
             out << "  " << DotWriter::Quote(id) << " [label=" << DotWriter::Quote(node.label) << ", " << Style(node.role);
             if (!node.resolved)
@@ -75,7 +75,7 @@ public:
         for (const auto& [ends, control] : m_edges) {
             out << "  " << DotWriter::Quote(ends.first) << " -> " << DotWriter::Quote(ends.second);
             if (control)
-                out << " [style=dashed, arrowhead=odot, label=\"DRM\", fontsize=9]";
+                out << " [style=dashed, arrowhead=odot, label=\"DRM\"]";
             out << ";\n";
         }
         out << "}\n";

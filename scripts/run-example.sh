@@ -5,4 +5,9 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)" --target devid_cli
-build/bin/devid --version
+example=(--db examples/db --board examples/board)
+echo "\$ build/bin/devid identify ${example[*]}"
+build/bin/devid identify "${example[@]}"
+echo
+echo "\$ build/bin/devid routes ${example[*]}"
+build/bin/devid routes "${example[@]}"
