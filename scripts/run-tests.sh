@@ -14,6 +14,9 @@ run_leg() {
 }
 
 run_leg build
+# The sanitizer runtime intercepts dlopen, which hides the run path of the
+# library that asks; there the sibling libraries are found through LD_LIBRARY_PATH.
+LD_LIBRARY_PATH="$PWD/build-asan/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" \
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_leg build-asan -DDEVID_SANITIZE=ON -DDEVID_BUILD_BENCH=OFF
 echo "== all tests passed"
