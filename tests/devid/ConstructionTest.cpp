@@ -1,5 +1,6 @@
 #include "devid/CDeviceIdentifierImpl.h"
 #include "tests/devid/ProcessLog.h"
+#include "tests/devid/SanitizerBuild.h"
 
 #include <gtest/gtest.h>
 
@@ -11,18 +12,6 @@
 using namespace Mora::Lux::Trace;
 
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kAddressSanitizer = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kAddressSanitizer = true;
-#else
-constexpr bool kAddressSanitizer = false;
-#endif
-#else
-constexpr bool kAddressSanitizer = false;
-#endif
 
 std::string Env(const char* name)
 {
@@ -94,8 +83,8 @@ TEST(Construction, StartsWithoutHomeAndReadsTheDatabaseDirectory)
 
 TEST(Construction, ParserLibraryFoundByShortName)
 {
-    if (kAddressSanitizer)
-        GTEST_SKIP() << "the sanitizer's dlopen wrapper hides the library's own run path";
+    if (devid_test::kAddressSanitizer)
+        GTEST_SKIP() << "only LD_LIBRARY_PATH finds siblings under the sanitizer";
     devid_test::ProcessLog log;
     unsetenv("LD_LIBRARY_PATH");
     CDeviceIdentifierImpl devId;

@@ -1,4 +1,6 @@
 #include "tests/devid/DeviceIdentifierTestAccess.h"
+#include "tests/devid/ProcessLog.h"
+#include "tests/devid/SanitizerBuild.h"
 
 #include <gtest/gtest.h>
 
@@ -76,4 +78,28 @@ TEST_F(Queries, ReloadDropsTheModelAndAFailedLoadGivesEmptyResults)
     EXPECT_EQ(devId.GetProcInfo("Core0"), nullptr);
     EXPECT_TRUE(devId.GetTraceRoutesForProc("Core0").empty());
     EXPECT_TRUE(devId.GetModules().empty());
+}
+
+TEST(ExampleBoardQueries, LoadOnceLinkAndReloadOnRequest)
+{
+    if (!devid_test::SiblingsLoadable())
+        GTEST_SKIP() << "only LD_LIBRARY_PATH finds siblings under the sanitizer";
+    devid_test::ProcessLog log;
+    setenv("COMMON_VEXIF", DEVID_SOURCE_DIR "/examples/board", 1);
+    setenv("TRACE_XMLDB_DEVICES", DEVID_SOURCE_DIR "/examples/db", 1);
+    CDeviceIdentifierImpl devId;
+
+    std::vector<CTraceRouteInfo*> routes = devId.GetTraceRoutes();
+    ASSERT_FALSE(routes.empty()) << log.text();
+    for (CTraceRouteInfo* route : routes)
+        EXPECT_NE(route->GetSinkInfo(), nullptr);
+    CSourceInfo* talon = devId.GetProcInfo("talon0");
+    ASSERT_NE(talon, nullptr);
+    EXPECT_FALSE(talon->GetComponents().empty());
+    EXPECT_EQ(devId.GetTraceRoutesForProc(talon->GetName()).size(), 2u);
+
+    const std::size_t added = log.count("DevId: Adding route");
+    devId.ReLoadDeviceDatabase();
+    EXPECT_EQ(devId.GetTraceRoutes().size(), routes.size());
+    EXPECT_EQ(log.count("DevId: Adding route"), 2 * added);
 }

@@ -1,0 +1,32 @@
+// Whether this test runs under AddressSanitizer, whose dlopen wrapper makes the
+// loader ignore libdevid's own run path: siblings are then found only through
+// LD_LIBRARY_PATH.
+#ifndef DEVID_TESTS_SANITIZERBUILD_H
+#define DEVID_TESTS_SANITIZERBUILD_H
+
+#include <cstdlib>
+
+namespace devid_test {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+/// False when the sibling libraries cannot be found by their short names.
+inline bool SiblingsLoadable()
+{
+    const char* path = std::getenv("LD_LIBRARY_PATH");
+    return !kAddressSanitizer || (path != nullptr && *path != '\0');
+}
+
+} // namespace devid_test
+
+#endif
