@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -63,10 +63,12 @@ uint32_t ReadWord(FILE* stream)
     return Decode(bytes);
 }
 
+// off_t is 64-bit on every host here (large-file build), so offsets past 2 GiB
+// work on a 32-bit host as well.
 bool Seek(FILE* stream, uint64_t offset)
 {
-    return offset <= static_cast<uint64_t>(LONG_MAX) &&
-           std::fseek(stream, static_cast<long>(offset), SEEK_SET) == 0;
+    return offset <= static_cast<uint64_t>(std::numeric_limits<off_t>::max()) &&
+           fseeko(stream, static_cast<off_t>(offset), SEEK_SET) == 0;
 }
 
 // Reads a stream forward through a large window of its own, so a walk over many
@@ -121,7 +123,7 @@ private:
 
 uint32_t Position(FILE* stream)
 {
-    return static_cast<uint32_t>(std::ftell(stream));
+    return static_cast<uint32_t>(ftello(stream));
 }
 
 File OpenForLoad(const char* fileName)
@@ -278,7 +280,7 @@ bool TDFHandler::SeekSectionData(FILE* stream, const char* sectionName, uint32_t
     if (!stream)
         return false;
     length = 0;
-    const long startPosition = std::ftell(stream);
+    const off_t startPosition = ftello(stream);
     struct stat info;
     if (startPosition < 0 || fstat(fileno(stream), &info) != 0)
         return false;

@@ -138,6 +138,27 @@ TEST_F(TDFHandlerTest, FindsSectionsAnywhereInALargeFile)
     }
 }
 
+TEST_F(TDFHandlerTest, OffsetsBeyondTwoGiBWorkOnEveryHost)
+{
+    // A sparse filler section carries the file past 2 GiB, where a 32-bit long stops;
+    // the format's offsets reach 4 GiB on 32-bit and 64-bit hosts alike.
+    const uint32_t fillerLength = 0x90000000u;
+    const std::string file = dir.write("big.tdf", "TDF2" + Word(fillerLength) + Word(1) + Word(3) + "pad");
+    std::error_code error;
+    std::filesystem::resize_file(file, 4 + static_cast<uintmax_t>(fillerLength), error);
+    if (error)
+        GTEST_SKIP() << "no sparse file here: " << error.message();
+
+    EXPECT_EQ(4u + fillerLength, Mora::Lux::Trace::FileSize(file.c_str()));
+    tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
+    EXPECT_EQ(4u + fillerLength, offset);
+    tdf.SaveSectionData(file.c_str(), "DEVID", offset, "abc", 1, 3, length);
+    EXPECT_EQ(20u, length);
+    tdf.GetSectionDataPosition(file.c_str(), "DEVID", 1, position, length);
+    EXPECT_EQ(offset + 17u, position);
+    EXPECT_EQ("abc", Load(file, "DEVID", 1));
+}
+
 TEST_F(TDFHandlerTest, RecognisesTdfFilesWithoutThrowing)
 {
     const std::string good = "TDF2" + Section("X", 1, "");
