@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 namespace MORA_LUX {
 
@@ -320,8 +321,13 @@ uLogSystem::~uLogSystem()
 
 uLogSystem* uLogSystem::GetLogSystem()
 {
-    if (m_pSystem == nullptr)
-        m_pSystem = new uLogSystem();
+    // Several client threads may ask before anything else has logged; exactly one
+    // system must come out of that.
+    static std::once_flag created;
+    std::call_once(created, [] {
+        if (m_pSystem == nullptr)
+            m_pSystem = new uLogSystem();
+    });
     return m_pSystem;
 }
 
