@@ -144,6 +144,9 @@ private:
     /// Extends the lookup indexes by the list entries added since the last
     /// call; Reset drops them.
     void RefreshLookupIndex();
+    /// The first processor with this ID, or null. The loaders ask once per
+    /// module and source, so this is indexed rather than a walk of the list.
+    CProcIdentifier* FindProcessor(const std::string& id);
     // Lets the tests build a model by hand without a database.
     friend class DeviceIdentifierTestAccess;
 
@@ -184,6 +187,9 @@ private:
     std::unordered_map<std::string, CSourceInfo*> m_sourceByName;
     std::size_t m_indexedModules = 0;
     std::size_t m_indexedSources = 0;
+    // Position in m_procs of the first processor of each ID; see FindProcessor.
+    std::unordered_map<std::string, std::size_t> m_procById;
+    std::size_t m_indexedProcs = 0;
 
     bool m_databasesLoaded = false;
     bool m_configFromFile = false;

@@ -129,7 +129,12 @@ bool CDeviceIdentifierImpl::LoadDeviceDatabase(unsigned int deviceId)
                 fileId = DatabaseUnsigned(first->GetAttribute("value"));
                 if (const char* maskText = first->GetAttribute("mask"))
                     mask = *maskText == '\0' ? kEmptyMask : DatabaseUnsigned(maskText);
+            } else {
+                DevIdLog(2, "DevId: No device element with id and value in %s; skipped.", path.c_str());
             }
+        } else {
+            // Unreadable, cut short or not XML at all: the search goes on without it.
+            DevIdLog(2, "DevId: Cannot read %s as XML; skipped.", path.c_str());
         }
         DevIdLog(1, "DevId: Mask value is 0x%x xmlId: 0x%x  devId: 0x%x", mask, fileId, deviceId);
 

@@ -176,6 +176,9 @@ void TDFHandler::SaveSectionHeader(const char* fileName, const char* sectionName
     sectionOffset = 0;
     if (!IsFileAvailable(fileName))
         Fail("File name passed to save file is not valid.");
+    // A section no reader can walk past would hide every section saved after it.
+    if (sectionName != nullptr && std::strlen(sectionName) > kMaxNameLength)
+        Fail("TDF section name longer than 4095 bytes.");
     File file(std::fopen(fileName, "r+b"));
     if (!file)
         Fail("Could not open TDF file as specified.");

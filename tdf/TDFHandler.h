@@ -26,7 +26,7 @@ public:
     bool ISTDF(const char* fileName);
 
     /// Appends a section header at the end of the file; its offset goes to sectionOffset
-    /// (0 when the call throws for an unavailable file or a failed write).
+    /// (0 when the call throws for an unavailable file, a name over 4095 bytes or a failed write).
     void SaveSectionHeader(const char* fileName, const char* sectionName, uint32_t version,
                            uint32_t& sectionOffset);
 

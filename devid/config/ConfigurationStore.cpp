@@ -60,8 +60,10 @@ bool CDeviceIdentifierImpl::SaveConfiguration(const std::string& fileName, eTrac
         DevIdLog(1, "DevId: saving settings to TDF %s file", fileName.c_str());
         TDFHandler tdf;
         try {
-            if (!tdf.ISTDF(fileName.c_str()))
+            if (!tdf.ISTDF(fileName.c_str())) {
+                DevIdLog(16, "DevId: %s is not a TDF file", fileName.c_str());
                 return false;
+            }
             uint32_t offset = 0;
             tdf.SaveSectionHeader(fileName.c_str(), kSection, kSectionVersion, offset);
             uint32_t sectionLength = 0;
@@ -131,8 +133,10 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
     std::string tempPath;
     try {
         TDFHandler tdf;
-        if (!tdf.ISTDF(fileName.c_str()))
+        if (!tdf.ISTDF(fileName.c_str())) {
+            DevIdLog(16, "Devid: %s is not a TDF file", fileName.c_str());
             return false;
+        }
         uint32_t length = 0;
         tdf.GetSectionDataLengthInBytes(fileName.c_str(), kSection, kSectionVersion, length);
         std::unique_ptr<char[]> buffer(length > 0 ? new (std::nothrow) char[length]() : nullptr);

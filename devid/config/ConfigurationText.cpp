@@ -181,6 +181,18 @@ bool CDeviceIdentifierImpl::ComposeConfiguration(std::string& text)
     }
     composed += "\n";
 
+    // A text the reader would refuse must not replace a good saved session.
+    for (std::size_t start = 0; start < composed.size();) {
+        const std::size_t end = composed.find('\n', start);
+        if (end - start >= kLineBufferSize - 1) {
+            DevIdLog(16, "DevId: Cannot save configuration: the %s line is longer than %u characters.",
+                     composed.substr(start, composed.find('=', start) - start).c_str(),
+                     static_cast<unsigned>(kLineBufferSize - 2));
+            return false;
+        }
+        start = end + 1;
+    }
+
     text = std::move(composed);
     return true;
 }
@@ -197,6 +209,9 @@ bool CDeviceIdentifierImpl::LoadConfigurationDCMFile(FILE* file)
 
     std::string line;
     for (LineResult result = ReadLine(file, line); result != LineResult::End; result = ReadLine(file, line)) {
+        // The writer ends every line; a last line without its end was cut short.
+        if (result == LineResult::Line && line.back() != '\n')
+            DevIdLog(2, "DevId: DCM file ends inside a line; its last value may be incomplete.");
         // What follows a NUL byte is invisible to C string handling; so it is here.
         line.resize(std::strlen(line.c_str()));
         if (line.empty() || line[0] == ' ' || line[0] == '#' || line[0] == '\n')

@@ -155,10 +155,34 @@ std::vector<T*> ReleaseAll(std::vector<std::unique_ptr<T>>& owned)
 
 } // namespace
 
+CProcIdentifier* CDeviceIdentifierImpl::FindProcessor(const std::string& id)
+{
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        // The list only grows during a load; anything else (a reset, a failed
+        // load dropping its processors) shows as a size or an ID that no longer
+        // fits, and the index is built again.
+        if (attempt > 0 || m_indexedProcs > m_procs.size()) {
+            m_procById.clear();
+            m_indexedProcs = 0;
+        }
+        for (; m_indexedProcs < m_procs.size(); ++m_indexedProcs)
+            m_procById.emplace(m_procs[m_indexedProcs]->id, m_indexedProcs);
+        const auto found = m_procById.find(id);
+        if (found == m_procById.end())
+            return nullptr;
+        if (found->second < m_procs.size() && m_procs[found->second]->id == id)
+            return m_procs[found->second].get();
+    }
+    return nullptr;
+}
+
 bool CDeviceIdentifierImpl::ParseModules(DBNode* device)
 {
     if (!Present(device, m_endNode))
         return true;
+    // Processors dropped by an earlier failed load may have been replaced since.
+    m_procById.clear();
+    m_indexedProcs = 0;
     for (DBNode* section = device->GetFirstChild(); Present(section, m_endNode);
          section = section->GetNextSibling()) {
         bool result = true;
@@ -248,12 +272,8 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
         }
     }
 
-    for (const auto& processor : m_procs) {
-        if (processor->id == proc) {
-            module->UpdateProcName(processor->procName);
-            break;
-        }
-    }
+    if (const CProcIdentifier* processor = FindProcessor(proc))
+        module->UpdateProcName(processor->procName);
     return module.release();
 }
 
@@ -318,13 +338,8 @@ bool CDeviceIdentifierImpl::LoadSourceInfo(DBNode* sources)
             continue;
 
         // A source goes by the name of its processor.
-        std::string name = proc;
-        for (const auto& processor : m_procs) {
-            if (processor->id == name) {
-                name = processor->procName;
-                break;
-            }
-        }
+        const CProcIdentifier* processor = FindProcessor(proc);
+        const std::string name = processor != nullptr ? processor->procName : proc;
         m_sources.push_back(std::make_unique<CSourceInfoImpl>(id, name, std::move(componentNames),
                                                               ReleaseAll(characteristics),
                                                               DatabaseNameIs(stmMaster, "true")));

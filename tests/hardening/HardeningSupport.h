@@ -1,0 +1,112 @@
+// What the hardening tests share: a scratch HOME with the process log, device
+// description files of our own, and running a check in a child process,
+// optionally as an unprivileged user so that file permissions bite even for root.
+#ifndef DEVID_TESTS_HARDENINGSUPPORT_H
+#define DEVID_TESTS_HARDENINGSUPPORT_H
+
+#include "tests/common/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <sstream>
+#include <string>
+
+namespace devid_test {
+
+/// The user and group that unprivileged checks run as.
+constexpr uid_t kNobody = 65534;
+
+/// A device description of our own with `body` inside the device element.
+inline std::string DeviceFile(const std::string& value, const std::string& body)
+{
+    return "<?xml version=\"1.0\"?>\n<database>\n<device id=\"grebe\" value=\"" + value + "\">\n" + body +
+           "</device>\n</database>\n";
+}
+
+/// Two processors, their modules, sources and routes.
+inline std::string SmallDevice(const std::string& value = "0x1A2B302F")
+{
+    return DeviceFile(value, R"( <procs><proc id="core0" kind="Talon" traceid="3"/><proc id="core1" kind="Talon"/></procs>
+ <modules>
+  <module id="ETM0" kind="etm" proc="core0"><registers><reg id="CTRL" type="mem" address="0x1000" page="0" addrunit="1" width="32"/></registers></module>
+  <module id="ETF" kind="etf" proc="core0"/><module id="DRM" kind="drm" proc="core0"/>
+ </modules>
+ <sources>
+  <source id="core0" proc="core0" stmmaster="false"><components><component module="ETM0"/></components></source>
+  <source id="core1" proc="core1" stmmaster="false"/>
+ </sources>
+ <trace_routes>
+  <route><source source="core0"/><link module="ETM0"/><sink module="ETF"/><pin module="DRM"/></route>
+  <route><source source="core1"/><sink module="ETF"/></route>
+ </trace_routes>
+)");
+}
+
+/// The saved session of a board with two devices, as the writer makes it.
+inline std::string SessionText()
+{
+    return "EMU=kmr770u\nPORT=0x240\nDEVICEID=0x1a2b302f\nDEVINFO=0x51a00010$core0$JTAG_K~0x51a00020$core1$JTAG_K~\n"
+           "OUTFILES=core0$trace_core0.tdf~core1$trace_core1.tdf~\nTRACEID=0x3$core0~\n";
+}
+
+/// Text of every log file of this process below `traceFolder`.
+inline std::string ProcessLogIn(const std::string& traceFolder)
+{
+    const std::string suffix = "_" + std::to_string(getpid()) + ".txt";
+    std::string text;
+    std::error_code none;
+    for (const auto& entry : std::filesystem::directory_iterator(traceFolder, none)) {
+        const std::string name = entry.path().filename().string();
+        if (name.rfind("mora_trace_log_", 0) == 0 && name.size() > suffix.size() &&
+            name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+            text += readFile(entry.path().string());
+    }
+    return text;
+}
+
+/// Runs `check` in a child process, as user and group nobody when `dropPrivileges`
+/// is set and this process is root, with its standard output appended to
+/// `output` (when given). The child's gtest failures fail the calling test.
+inline void RunInChild(bool dropPrivileges, const std::function<void()>& check, const std::string& output = "")
+{
+    std::fflush(stdout);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (!output.empty()) {
+            const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
+            if (fd < 0 || dup2(fd, STDOUT_FILENO) < 0)
+                _exit(3);
+        }
+        if (dropPrivileges && geteuid() == 0 &&
+            (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0))
+            _exit(2);
+        check();
+        std::fflush(stdout);
+        _exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status)) << "the child died of signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the child's checks failed (2: privileges could not be dropped)"
+                                      << (output.empty() ? "" : "; its output:\n" + readFile(output));
+}
+
+/// Lets user nobody into a folder made by root and write there.
+inline void OpenToNobody(const std::string& path)
+{
+    ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+}
+
+} // namespace devid_test
+
+#endif
