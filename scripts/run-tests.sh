@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds from scratch and runs the whole test suite twice: a plain build in
-# build/ and an AddressSanitizer + UndefinedBehaviorSanitizer build in build-asan/.
+# build/ and an AddressSanitizer + UndefinedBehaviorSanitizer build in build-asan/
+# (leaks included); then runs each fuzz target briefly in build-fuzz/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -19,4 +20,13 @@ run_leg build
 LD_LIBRARY_PATH="$PWD/build-asan/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" \
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   run_leg build-asan -DDEVID_SANITIZE=ON -DDEVID_BUILD_BENCH=OFF
+
+# Every file reader is fuzzed for a short while (Clang's libFuzzer); any crash,
+# leak, hang or broken rule fails the run.
+if command -v clang++ >/dev/null 2>&1; then
+  echo "== build-fuzz: each fuzz target for 30 seconds"
+  bash fuzz/run-all 30
+else
+  echo "== build-fuzz: skipped, clang++ is not installed"
+fi
 echo "== all tests passed"
