@@ -43,9 +43,9 @@ const char* DBNodeImpl::GetAttribute(const char* name)
 {
     if (!name)
         return nullptr;
-    for (pugi::xml_attribute attribute : m_element.attributes()) {
-        if (EqualIgnoringCase(attribute.name(), name))
-            return attribute.value();
+    for (const auto& attribute : m_owner.AttributesOf(m_element)) {
+        if (EqualIgnoringCase(attribute.first, name))
+            return attribute.second;
     }
     return nullptr;
 }

@@ -89,6 +89,9 @@ int TargetDbParserImpl::ParseFile(const char* path, int /*flag*/)
 
 void TargetDbParserImpl::ReleaseDocument()
 {
+    // A later document may place another element at the same address.
+    m_attributesOf = nullptr;
+    m_attributes.clear();
     m_nodeIndex.clear();
     m_nodes.clear();
     m_document.reset();
@@ -102,6 +105,18 @@ DBNode* TargetDbParserImpl::GetEndNode()
 DBNode* TargetDbParserImpl::GetRootNode()
 {
     return NodeFor(m_document.document_element());
+}
+
+const std::vector<TargetDbParserImpl::Attribute>& TargetDbParserImpl::AttributesOf(pugi::xml_node element)
+{
+    if (!element || element.internal_object() != m_attributesOf) {
+        m_attributes.clear();
+        for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
+             attribute = attribute.next_attribute())
+            m_attributes.emplace_back(attribute.name(), attribute.value());
+        m_attributesOf = element.internal_object();
+    }
+    return m_attributes;
 }
 
 DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)

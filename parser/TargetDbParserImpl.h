@@ -9,6 +9,8 @@
 
 #include <deque>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace Mora {
 namespace Lux {
@@ -34,12 +36,21 @@ public:
     /// The one wrapper for an element of the loaded document; the end node for an empty handle.
     DBNode* NodeFor(pugi::xml_node element);
 
+    using Attribute = std::pair<const char*, const char*>;
+    /// Name and value of each attribute of `element`, in document order; empty for an empty
+    /// handle. Valid until the next call.
+    const std::vector<Attribute>& AttributesOf(pugi::xml_node element);
+
 private:
     pugi::xml_document m_document;
     // A deque never moves its elements, so handed-out pointers stay valid as it grows.
     std::deque<DBNodeImpl> m_nodes;
     std::unordered_map<pugi::xml_node_struct*, DBNodeImpl*> m_nodeIndex;
     DBNodeImpl m_endNode;
+    // The attributes of the element read last: the loaders ask for several attributes of
+    // one element in a row, and each step through pugixml's list is a library call.
+    pugi::xml_node_struct* m_attributesOf = nullptr;
+    std::vector<Attribute> m_attributes;
 };
 
 } // namespace Trace
