@@ -52,12 +52,16 @@ const char* DBNodeImpl::GetAttribute(const char* name)
 
 DBNode* DBNodeImpl::GetFirstChild()
 {
-    return m_owner.NodeFor(ThisOrNextElement(m_element.first_child()));
+    if (m_firstChild == nullptr)
+        m_firstChild = m_owner.NodeFor(ThisOrNextElement(m_element.first_child()));
+    return m_firstChild;
 }
 
 DBNode* DBNodeImpl::GetNextSibling()
 {
-    return m_owner.NodeFor(ThisOrNextElement(m_element.next_sibling()));
+    if (m_nextSibling == nullptr)
+        m_nextSibling = m_owner.NodeFor(ThisOrNextElement(m_element.next_sibling()));
+    return m_nextSibling;
 }
 
 } // namespace Trace

@@ -26,6 +26,11 @@ public:
 private:
     TargetDbParserImpl& m_owner;
     pugi::xml_node m_element;
+    // Every element is reached one way only: as its parent's first child or as the next
+    // sibling of the element before it. Keeping the answers here gives each element one
+    // wrapper without an index over the whole document. Null until first asked.
+    DBNode* m_firstChild = nullptr;
+    DBNode* m_nextSibling = nullptr;
 };
 
 } // namespace Trace

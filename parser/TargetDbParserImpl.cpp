@@ -92,7 +92,7 @@ void TargetDbParserImpl::ReleaseDocument()
     // A later document may place another element at the same address.
     m_attributesOf = nullptr;
     m_attributes.clear();
-    m_nodeIndex.clear();
+    m_root = nullptr;
     m_nodes.clear();
     m_document.reset();
 }
@@ -104,7 +104,9 @@ DBNode* TargetDbParserImpl::GetEndNode()
 
 DBNode* TargetDbParserImpl::GetRootNode()
 {
-    return NodeFor(m_document.document_element());
+    if (m_root == nullptr)
+        m_root = NodeFor(m_document.document_element());
+    return m_root;
 }
 
 const std::vector<TargetDbParserImpl::Attribute>& TargetDbParserImpl::AttributesOf(pugi::xml_node element)
@@ -123,10 +125,7 @@ DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)
 {
     if (!element)
         return &m_endNode;
-    auto [entry, inserted] = m_nodeIndex.try_emplace(element.internal_object(), nullptr);
-    if (inserted)
-        entry->second = &m_nodes.emplace_back(*this, element);
-    return entry->second;
+    return &m_nodes.emplace_back(*this, element);
 }
 
 } // namespace Trace

@@ -8,7 +8,6 @@
 #include <pugixml.hpp>
 
 #include <deque>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,7 +32,8 @@ public:
     /// The outermost element, or the end node when no document is loaded.
     DBNode* GetRootNode() override;
 
-    /// The one wrapper for an element of the loaded document; the end node for an empty handle.
+    /// A new wrapper for an element of the loaded document; the end node for an empty handle.
+    /// Asked once per element, by the one node that leads to it, which keeps the answer.
     DBNode* NodeFor(pugi::xml_node element);
 
     using Attribute = std::pair<const char*, const char*>;
@@ -45,7 +45,7 @@ private:
     pugi::xml_document m_document;
     // A deque never moves its elements, so handed-out pointers stay valid as it grows.
     std::deque<DBNodeImpl> m_nodes;
-    std::unordered_map<pugi::xml_node_struct*, DBNodeImpl*> m_nodeIndex;
+    DBNode* m_root = nullptr;
     DBNodeImpl m_endNode;
     // The attributes of the element read last: the loaders ask for several attributes of
     // one element in a row, and each step through pugixml's list is a library call.
