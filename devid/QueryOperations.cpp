@@ -37,11 +37,16 @@ CSourceInfo* CDeviceIdentifierImpl::GetProcInfo(const std::string& procName)
         m_selectedProcName = procName;
         if (!LoadAllDeviceDatabases(false))
             return nullptr;
+        // The indexes name the first source with that name and the first with that
+        // ID; whichever comes first in the list is the answer. The walk to it only
+        // compares pointers, so asking for every source stays linear overall.
+        const CSourceInfo* byName = LookupProcInfoByProcName(procName);
+        const CSourceInfo* byId = LookupProcInfoById(procName);
         for (const auto& source : m_sources) {
             if (!source)
                 continue;
             source->Normalize(this);
-            if (source->GetName() == procName || source->GetID() == procName)
+            if (source.get() == byName || source.get() == byId)
                 return source.get();
         }
     }
