@@ -1,0 +1,99 @@
+# bash completion for devid
+
+_devid()
+{
+    local cur prev words cword
+    _init_completion || return
+
+    local device_options="--db --board --json --log-level --load --help"
+    local queries="identify procs proc routes settings save"
+
+    case $prev in
+        --db | --board)
+            _filedir -d
+            return
+            ;;
+        --log-level)
+            COMPREPLY=($(compgen -W "0 1 2 3 4 5 6" -- "$cur"))
+            return
+            ;;
+        --load)
+            _filedir '@(dim|tdf)'
+            return
+            ;;
+        --proc)
+            return
+            ;;
+    esac
+
+    # The command path so far ("load routes", "tdf ls") and how many plain
+    # arguments follow it; option values are skipped.
+    local i command="" positional=0
+    for ((i = 1; i < cword; i++)); do
+        case ${words[i]} in
+            --db | --board | --log-level | --load | --proc)
+                ((i++))
+                continue
+                ;;
+            -*) continue ;;
+        esac
+        case $command in
+            "") command=${words[i]} ;;
+            tdf | db) command+=" ${words[i]}" ;;
+            load)
+                # load FILE, then an optional query
+                if ((positional == 0)); then
+                    positional=1
+                else
+                    command+=" ${words[i]}"
+                    positional=0
+                fi
+                ;;
+            *) ((positional++)) ;;
+        esac
+    done
+
+    local options=$device_options
+    case $command in
+        "")
+            options="$device_options --version"
+            [[ $cur == -* ]] || { COMPREPLY=($(compgen -W "$queries load tdf db" -- "$cur")); return; }
+            ;;
+        routes | "load routes") options="$device_options --proc --dot" ;;
+        save | "load save")
+            options="$device_options --tdf"
+            [[ $cur == -* ]] || { _filedir; return; }
+            ;;
+        load)
+            if [[ $cur != -* ]]; then
+                if ((positional == 0)); then
+                    _filedir '@(dim|tdf)'
+                else
+                    COMPREPLY=($(compgen -W "$queries" -- "$cur"))
+                fi
+                return
+            fi
+            ;;
+        tdf)
+            COMPREPLY=($(compgen -W "ls cat" -- "$cur"))
+            return
+            ;;
+        "tdf ls" | "tdf cat")
+            options="--help"
+            [[ $command == "tdf ls" ]] && options+=" --json"
+            [[ $cur == -* ]] || { ((positional == 0)) && _filedir tdf; return; }
+            ;;
+        db)
+            COMPREPLY=($(compgen -W "check" -- "$cur"))
+            return
+            ;;
+        "db check")
+            options="--db --json --help"
+            [[ $cur == -* ]] || { _filedir -d; return; }
+            ;;
+    esac
+    # Inside "load FILE" the configuration is given already.
+    [[ $command == load* ]] && options=${options/--load /}
+    COMPREPLY=($(compgen -W "$options" -- "$cur"))
+} &&
+    complete -F _devid devid
