@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <random>
 #include <sstream>
 #include <string>
@@ -47,8 +48,9 @@ int LiveInstancesAtEnd(const std::string& log)
     return live;
 }
 
-// Each thread takes and drops references in a random order of its own,
-// sometimes holding several, and keeps `kept` references at the end.
+// Each thread takes and drops references in a random order of its own, mostly
+// one at a time so that the count often falls to zero while other threads are
+// creating, and keeps `kept` references at the end.
 void CreateAndDestroyAtRandom(int threads, int steps, int kept)
 {
     std::atomic<int> ready{0};
@@ -60,7 +62,7 @@ void CreateAndDestroyAtRandom(int threads, int steps, int kept)
             for (++ready; ready.load() < threads;)
                 std::this_thread::yield();
             for (int step = 0; step < steps; ++step) {
-                if (held.empty() || (held.size() < 3 && random() % 2 == 0)) {
+                if (held.empty() || (held.size() < 3 && random() % 4 == 0)) {
                     CDeviceIdentifier* instance = CreateDeviceIdentifier();
                     ASSERT_NE(instance, nullptr);
                     if (!held.empty()) {
@@ -71,8 +73,9 @@ void CreateAndDestroyAtRandom(int threads, int steps, int kept)
                     DestroyDeviceIdentifier(held.back(), false);
                     held.pop_back();
                 }
-                if (random() % 4 == 0)
-                    std::this_thread::yield();
+                // Pauses let the count fall to zero between bursts of calls.
+                if (random() % 2 == 0)
+                    std::this_thread::sleep_for(std::chrono::microseconds(random() % 300));
             }
             const std::size_t keep = t < kept ? 1 : 0;
             if (held.size() < keep)
@@ -101,14 +104,15 @@ protected:
 
 TEST_F(ThreadStress, RandomCreatesAndDestroysLeaveNoInstance)
 {
-    CreateAndDestroyAtRandom(8, 40, 0);
+    CreateAndDestroyAtRandom(8, 300, 0);
     EXPECT_EQ(LiveInstancesAtEnd(log.text()), 0);
-    EXPECT_GT(log.count("DevId: Creating instance"), 0u);
+    // The count must have fallen to zero and risen again many times.
+    EXPECT_GT(log.count("DevId: Creating instance"), 5u);
 }
 
 TEST_F(ThreadStress, RandomCreatesAndDestroysLeaveOneInstanceWhileReferenced)
 {
-    CreateAndDestroyAtRandom(8, 40, 3);
+    CreateAndDestroyAtRandom(8, 300, 3);
     EXPECT_EQ(LiveInstancesAtEnd(log.text()), 1);
 
     // Three references remain; the last of three destroys ends the instance.
