@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 using namespace Mora::Lux::Trace;
 using ::testing::HasSubstr;
@@ -31,13 +32,22 @@ protected:
         unsetenv("COMMON_VEXIF");
     }
 
-    /// A file only its owner (root) may read.
-    std::string Locked(const std::string& name, const std::string& content)
+    // Without root the scratch folder can only be removed once its owner may read it again.
+    void TearDown() override
     {
-        const std::string path = root.write(name, content);
+        for (const std::string& path : locked)
+            chmod(path.c_str(), 0755);
+        chmod(homeFolder.c_str(), 0755);
+    }
+
+    /// Takes every permission away from a file or folder below the scratch folder.
+    std::string Lock(const std::string& path)
+    {
         chmod(path.c_str(), 0);
+        locked.push_back(path);
         return path;
     }
+    std::string Locked(const std::string& name, const std::string& content) { return Lock(root.write(name, content)); }
     std::string Log() const { return devid_test::ProcessLogIn(homeFolder + "/.MORA-trace"); }
 
     /// A trace data file holding a saved session.
@@ -57,6 +67,7 @@ protected:
     devid_test::TempDir root;
     std::string homeFolder = root.file("home");
     bool created = std::filesystem::create_directories(homeFolder);
+    std::vector<std::string> locked;
 };
 
 TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
@@ -64,10 +75,9 @@ TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
     // Folders: the database folder and a device file in a readable one.
     const std::string lockedDb = root.file("lockeddb");
     root.write("lockeddb/device_grebe.xml", devid_test::SmallDevice());
-    chmod(lockedDb.c_str(), 0);
+    Lock(lockedDb);
     const std::string db = root.file("db");
     root.write("db/device_b.xml", devid_test::SmallDevice());
-    chmod(db.c_str(), 0755);
     const std::string lockedDevice = Locked("db/device_a.xml", devid_test::SmallDevice());
     const std::string dim = Locked("session.dim", devid_test::SessionText());
     const std::string tdf = Locked("session.tdf", "TDF2");
@@ -75,9 +85,8 @@ TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
     root.write("board/board.cfg", "#\n$ e\n com_drvr=kmr770u\n$\n");
     root.write("board/simboard.xml", "<simboard config=\"board.cfg\"/>");
     Locked("board/kmralias.cfg", "#\n~ Talon\n alias = 0x51A00010\n~\n");
-    chmod(root.file("board/board.cfg").c_str(), 0);
-    chmod(root.file("board/simboard.xml").c_str(), 0);
-    chmod(board.c_str(), 0755);
+    Lock(root.file("board/board.cfg"));
+    Lock(root.file("board/simboard.xml"));
 
     RunInChild(true, [&] {
         setenv("TRACE_XMLDB_DEVICES", lockedDb.c_str(), 1);
