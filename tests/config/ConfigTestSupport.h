@@ -4,6 +4,7 @@
 #define DEVID_TESTS_CONFIGTESTSUPPORT_H
 
 #include "devid/CDeviceIdentifierImpl.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 #include "devid/target/TraceFactory.h"
 #include "tests/common/TempDir.h"
 
@@ -16,22 +17,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-
-namespace Mora {
-namespace Lux {
-namespace Trace {
-
-class DeviceIdentifierTestAccess {
-public:
-    static std::vector<DeviceConnectionInfo>& Connections(CDeviceIdentifierImpl& d) { return d.m_connections; }
-    static std::map<std::string, std::string>& OutFiles(CDeviceIdentifierImpl& d) { return d.m_outFiles; }
-    static void SetBoard(CDeviceIdentifierImpl& d) { d.m_board.reset(new BoardConfig{"kmr990", "1"}); }
-    static void SetChannelServer(CDeviceIdentifierImpl& d, ChannelServer* server) { d.m_channelServer = server; }
-};
-
-} // namespace Trace
-} // namespace Lux
-} // namespace Mora
 
 namespace devid_test {
 

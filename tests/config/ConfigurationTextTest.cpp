@@ -32,7 +32,7 @@ TEST_F(ConfigTest, WriterRefusesNamesThatCannotBeReadBack)
     for (const std::string bad : {"a$b", "a~b", "a\rb", "a\nb", ""}) {
         auto d = Make();
         ASSERT_TRUE(LoadText(*d, "EMU=e\n"));
-        Access::Connections(*d).push_back({1, 0, "Core" + bad + "X", bad.empty() ? "" : "R"});
+        Access(*d).Connections().push_back({1, 0, "Core" + bad + "X", bad.empty() ? "" : "R"});
         std::string text = "untouched";
         EXPECT_FALSE(d->ComposeConfiguration(text)) << bad;
         EXPECT_EQ(text, "untouched");
@@ -43,7 +43,7 @@ TEST_F(ConfigTest, WriterRefusesNamesThatCannotBeReadBack)
 
     auto d = Make();
     ASSERT_TRUE(LoadText(*d, "OUTFILES=A$a.tdf~\n"));
-    Access::OutFiles(*d)["B"] = "b~.tdf";
+    Access(*d).OutFiles()["B"] = "b~.tdf";
     std::string text;
     EXPECT_FALSE(d->ComposeConfiguration(text));
 }

@@ -4,6 +4,7 @@
 #define DEVID_TESTS_DATABASETESTSUPPORT_H
 
 #include "devid/CDeviceIdentifierImpl.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 #include "devid/model/CModuleInfoImpl.h"
 #include "devid/model/CProcIdentifier.h"
 #include "devid/model/CSourceInfoImpl.h"
@@ -18,37 +19,6 @@
 #include <string>
 #include <unistd.h>
 #include <vector>
-
-namespace Mora {
-namespace Lux {
-namespace Trace {
-
-// Reaches the parts of the object that only the live target or a saved
-// session would fill, so the tests can stand in for them.
-class DeviceIdentifierTestAccess {
-public:
-    explicit DeviceIdentifierTestAccess(CDeviceIdentifierImpl& devId) : m_devId(devId) {}
-
-    void AddConnection(uint32_t deviceType, uint32_t traceId, const std::string& name, const std::string& parent)
-    {
-        DeviceConnectionInfo info;
-        info.deviceType = deviceType;
-        info.traceId = traceId;
-        info.name = name;
-        info.parentName = parent;
-        m_devId.m_connections.push_back(info);
-    }
-    void AddFamily(uint32_t id, const std::string& family) { m_devId.m_families.push_back({id, family}); }
-    // Queries then take what LoadDeviceDatabase loaded as the loaded model.
-    void MarkLoaded() { m_devId.m_databasesLoaded = true; }
-
-private:
-    CDeviceIdentifierImpl& m_devId;
-};
-
-} // namespace Trace
-} // namespace Lux
-} // namespace Mora
 
 namespace devid_test {
 

@@ -1,4 +1,4 @@
-#include "tests/devid/DeviceIdentifierTestAccess.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 #include "tests/devid/ProcessLog.h"
 #include "tests/devid/SanitizerBuild.h"
 

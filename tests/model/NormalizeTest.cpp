@@ -1,4 +1,4 @@
-#include "tests/devid/DeviceIdentifierTestAccess.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 
 #include <gtest/gtest.h>
 

@@ -30,7 +30,7 @@ protected:
         identifier = board.identifier();
         identifier->LoadDeviceConnectionInfo();
         ASSERT_EQ(identifier->GetConnections().size(), 6u);
-        Mora::Lux::Trace::DeviceIdentifierTestAccess::SelectProc(*identifier, "TALON_0");
+        Mora::Lux::Trace::DeviceIdentifierTestAccess(*identifier).SelectProc("TALON_0");
     }
 
     // A Talon processor "db_core"; a register name starting with "@" means a memory word at that address.

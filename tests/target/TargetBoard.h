@@ -5,29 +5,13 @@
 
 #include "common/source/source_utilities/uDll.h"
 #include "devid/CDeviceIdentifierImpl.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 #include "tests/common/TempDir.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
-
-namespace Mora {
-namespace Lux {
-namespace Trace {
-
-// Sets the processor a client query would have selected.
-class DeviceIdentifierTestAccess {
-public:
-    static void SelectProc(CDeviceIdentifierImpl& identifier, const std::string& name)
-    {
-        identifier.m_selectedProcName = name;
-    }
-};
-
-} // namespace Trace
-} // namespace Lux
-} // namespace Mora
 
 namespace devid_test {
 

@@ -1,5 +1,6 @@
-// Builds a description model inside a device identifier by hand, so that the
-// queries and the linking can be tested without a database or a target.
+// Sets up state inside a device identifier by hand, so that queries, linking,
+// name conversion and the saved session can be tested without a database or
+// a target.
 #ifndef DEVID_TESTS_DEVICEIDENTIFIERTESTACCESS_H
 #define DEVID_TESTS_DEVICEIDENTIFIERTESTACCESS_H
 
@@ -7,6 +8,10 @@
 #include "devid/model/CModuleInfoImpl.h"
 #include "devid/model/CSourceInfoImpl.h"
 #include "devid/model/CTraceRouteInfoImpl.h"
+
+#include <map>
+#include <string>
+#include <vector>
 
 namespace Mora {
 namespace Lux {
@@ -29,7 +34,19 @@ public:
     {
         return d.m_routes.emplace_back(new CTraceRouteInfoImpl(source, links, sink, drm)).get();
     }
-    /// Queries then take the hand-built model as the loaded one.
+    void AddConnection(uint32_t deviceType, uint32_t traceId, const std::string& name, const std::string& parent)
+    {
+        d.m_connections.push_back({deviceType, traceId, name, parent});
+    }
+    void AddFamily(uint32_t id, const std::string& family) { d.m_families.push_back({id, family}); }
+    std::vector<DeviceConnectionInfo>& Connections() { return d.m_connections; }
+    std::map<std::string, std::string>& OutFiles() { return d.m_outFiles; }
+    void SetBoard() { d.m_board.reset(new BoardConfig{"kmr990", "1"}); }
+    void SetChannelServer(ChannelServer* server) { d.m_channelServer = server; }
+    /// The processor name a client asked for last, which name conversion starts from.
+    void SelectProc(const std::string& name) { d.m_selectedProcName = name; }
+
+    /// Queries then take the model built so far as the loaded one.
     void MarkLoaded() { d.m_databasesLoaded = true; }
     /// Offline without device IDs: the next load fails without touching a target.
     void GoOffline()
