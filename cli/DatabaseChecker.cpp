@@ -1,6 +1,7 @@
 #include "cli/DatabaseChecker.h"
 
 #include "cli/DeviceViews.h"
+#include "devid/NumberText.h"
 #include "devid/model/DatabaseText.h"
 
 #include <pugixml.hpp>
@@ -19,7 +20,7 @@ namespace devid_cli {
 
 namespace fs = std::filesystem;
 using Mora::Lux::Trace::DatabaseNameIs;
-using Mora::Lux::Trace::DatabaseUnsigned;
+using Mora::Lux::Trace::ParseUnsigned32;
 using pugi::xml_node;
 
 namespace {
@@ -103,12 +104,12 @@ public:
             m_report.deviceId = id;
         if (value != nullptr) {
             m_report.hasValue = true;
-            m_report.value = DatabaseUnsigned(value);
+            m_report.value = ParseUnsigned32(value, 0);
             CheckNumber(device, "device", "value", 0);
         }
         if (mask != nullptr) {
             m_report.hasMask = true;
-            m_report.mask = *mask == '\0' ? 0x0FFFFFFFu : DatabaseUnsigned(mask);
+            m_report.mask = *mask == '\0' ? 0x0FFFFFFFu : ParseUnsigned32(mask, 0);
             if (*mask != '\0')
                 CheckNumber(device, "device", "mask", 0);
         }
@@ -166,8 +167,8 @@ private:
     {
         const char* text = Attribute(node, name);
         if (text != nullptr && !IsNumber(text, base)) {
-            const std::string reads = base == 10 ? std::to_string(Mora::Lux::Trace::DatabaseDecimal(text))
-                                                 : std::to_string(DatabaseUnsigned(text));
+            const std::string reads = base == 10 ? std::to_string(Mora::Lux::Trace::ParseSigned32(text))
+                                                 : std::to_string(ParseUnsigned32(text, 0));
             Problem(false, node, element,
                     Quoted(name) + " " + Quoted(text) + " is not a" + (base == 10 ? " decimal " : " ") +
                         "number: it reads as " + reads);

@@ -7,6 +7,7 @@
 #include "devid/model/CProcIdentifier.h"
 #include "devid/model/CSourceInfoImpl.h"
 #include "devid/model/CTraceRouteInfoImpl.h"
+#include "devid/NumberText.h"
 #include "devid/model/DatabaseText.h"
 #include "devid/model/TargetDbParser.h"
 
@@ -126,9 +127,9 @@ bool CDeviceIdentifierImpl::LoadDeviceDatabase(unsigned int deviceId)
             if (first != nullptr && first != m_endNode && first->GetName() != nullptr &&
                 first->GetAttribute("id") != nullptr && first->GetAttribute("value") != nullptr) {
                 device = first;
-                fileId = DatabaseUnsigned(first->GetAttribute("value"));
+                fileId = ParseUnsigned32(first->GetAttribute("value"), 0);
                 if (const char* maskText = first->GetAttribute("mask"))
-                    mask = *maskText == '\0' ? kEmptyMask : DatabaseUnsigned(maskText);
+                    mask = *maskText == '\0' ? kEmptyMask : ParseUnsigned32(maskText, 0);
             } else {
                 DevIdLog(2, "DevId: No device element with id and value in %s; skipped.", path.c_str());
             }

@@ -4,6 +4,7 @@
 #include "devid/CDeviceIdentifierImpl.h"
 
 #include "devid/DevIdLog.h"
+#include "devid/NumberText.h"
 #include "common/source/source_utilities/uString.h"
 
 #include <cctype>
@@ -42,31 +43,6 @@ void AppendHex(std::string& text, uint32_t value)
     char number[16];
     std::snprintf(number, sizeof number, "0x%x", static_cast<unsigned>(value));
     text += number;
-}
-
-// Hexadecimal text to a number the way strtoul(text, 0, 16) does on a 32-bit
-// host (blanks, sign and "0x" accepted, the largest value on overflow), so the
-// result does not depend on the width of unsigned long here.
-uint32_t ParseHex32(const char* text)
-{
-    while (std::isspace(static_cast<unsigned char>(*text)))
-        ++text;
-    bool negative = false;
-    if (*text == '+' || *text == '-') {
-        negative = *text == '-';
-        ++text;
-    }
-    if (text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && std::isxdigit(static_cast<unsigned char>(text[2])))
-        text += 2;
-    uint64_t magnitude = 0;
-    for (; std::isxdigit(static_cast<unsigned char>(*text)); ++text) {
-        const char c = static_cast<char>(std::tolower(static_cast<unsigned char>(*text)));
-        magnitude = magnitude * 16 + static_cast<uint64_t>(c <= '9' ? c - '0' : c - 'a' + 10);
-        if (magnitude > UINT32_MAX)
-            return UINT32_MAX;
-    }
-    const uint32_t value = static_cast<uint32_t>(magnitude);
-    return negative ? static_cast<uint32_t>(0u - value) : value;
 }
 
 // strtok over "$~\r\n" without its hidden state, so a client's own strtok
@@ -237,14 +213,14 @@ bool CDeviceIdentifierImpl::LoadConfigurationDCMFile(FILE* file)
             // read back exactly; longer lists load the way they always have.
             std::vector<std::string> pieces;
             MORA_LUX::uString::Split(pieces, value.c_str(), ",");
-            const uint32_t id = ParseHex32(value.c_str());
+            const uint32_t id = ParseUnsigned32(value.c_str(), 16);
             m_deviceIds.insert(m_deviceIds.end(), pieces.size(), id);
         } else if (key == "DEVINFO") {
             TokenReader tokens(value);
             std::string token;
             while (tokens.Next(token)) {
                 DeviceConnectionInfo record;
-                record.deviceType = ParseHex32(token.c_str());
+                record.deviceType = ParseUnsigned32(token.c_str(), 16);
                 record.traceId = 0;
                 if (tokens.Next(token)) {
                     record.name = token;
@@ -264,7 +240,7 @@ bool CDeviceIdentifierImpl::LoadConfigurationDCMFile(FILE* file)
             std::string idText;
             std::string name;
             while (tokens.Next(idText) && tokens.Next(name)) {
-                const uint32_t traceId = ParseHex32(idText.c_str());
+                const uint32_t traceId = ParseUnsigned32(idText.c_str(), 16);
                 for (DeviceConnectionInfo& record : m_connections) {
                     if (record.name == name)
                         record.traceId = traceId;

@@ -10,6 +10,7 @@
 #include "devid/model/CRegisterInfoImpl.h"
 #include "devid/model/CSourceInfoImpl.h"
 #include "devid/model/CTraceRouteInfoImpl.h"
+#include "devid/NumberText.h"
 #include "devid/model/DatabaseText.h"
 #include "devid/model/TargetDbParser.h"
 
@@ -96,11 +97,11 @@ std::unique_ptr<CRegisterInfoImpl> MakeRegister(const RegisterTexts& texts, bool
 {
     auto reg = std::make_unique<CRegisterInfoImpl>(texts.id);
     reg->memoryMapped = memoryMapped;
-    reg->memoryPage = DatabaseUnsigned(texts.page);
-    reg->addressableUnit = DatabaseUnsigned(texts.addrunit);
-    reg->widthInBits = DatabaseUnsigned(texts.width);
+    reg->memoryPage = ParseUnsigned32(texts.page, 0);
+    reg->addressableUnit = ParseUnsigned32(texts.addrunit, 0);
+    reg->widthInBits = ParseUnsigned32(texts.width, 0);
     if (memoryMapped)
-        reg->memoryAddress = DatabaseUnsigned(texts.address);
+        reg->memoryAddress = ParseUnsigned32(texts.address, 0);
     else
         reg->driverRegisterName = texts.address;
     return reg;
@@ -287,7 +288,7 @@ bool CDeviceIdentifierImpl::LoadProcInfo(DBNode* procs)
         }
         if (const char* kind = p->GetAttribute("kind"))
             proc->kind = kind;
-        proc->traceId = DatabaseDecimal(p->GetAttribute("traceid"));
+        proc->traceId = ParseSigned32(p->GetAttribute("traceid"));
 
         // Only the first child may be the identifier, and inside it only the
         // register and the element right after it count.
@@ -306,7 +307,7 @@ bool CDeviceIdentifierImpl::LoadProcInfo(DBNode* procs)
                 DBNode* value = r->GetNextSibling();
                 if (Present(value, m_endNode) && TagIs(value, "value")) {
                     if (const char* idValue = value->GetAttribute("idvalue"))
-                        proc->idValue = DatabaseUnsigned(idValue);
+                        proc->idValue = ParseUnsigned32(idValue, 0);
                 }
             }
         }

@@ -3,6 +3,7 @@
 // of a scan-chain device.
 #include "devid/CDeviceIdentifierImpl.h"
 #include "devid/DevIdLog.h"
+#include "devid/NumberText.h"
 #include "common/source/source_utilities/uEnvironment.h"
 
 #include <cerrno>
@@ -28,27 +29,6 @@ bool IsBlank(char c)
 bool EndsWord(char c)
 {
     return IsBlank(c) || c == '\n' || c == '\r' || c == '\0';
-}
-
-// strtoul with base detection as a 32-bit host does it, so that IDs come out
-// the same at every pointer width: overflow gives 0xFFFFFFFF, a minus sign
-// negates modulo 2^32, text without digits gives 0.
-uint32_t ToId(const std::string& text)
-{
-    const char* p = text.c_str();
-    bool negative = false;
-    if (*p == '-' || *p == '+') {
-        negative = *p == '-';
-        ++p;
-    }
-    if (*p < '0' || *p > '9')
-        return 0;
-    errno = 0;
-    unsigned long long magnitude = std::strtoull(p, nullptr, 0);
-    if (errno == ERANGE || magnitude > 0xFFFFFFFFull)
-        return 0xFFFFFFFFu;
-    uint32_t value = static_cast<uint32_t>(magnitude);
-    return negative ? 0u - value : value;
 }
 
 } // namespace
@@ -107,7 +87,7 @@ void CDeviceIdentifierImpl::PopulateId2Family()
             std::string value;
             for (; !EndsWord(*p); ++p)
                 value += *p;
-            const uint32_t id = ToId(value);
+            const uint32_t id = ParseUnsigned32(value.c_str(), 0);
             if (id != 0)
                 m_families.push_back(Id2Family{id, family});
         }
