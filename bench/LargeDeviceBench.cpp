@@ -53,7 +53,8 @@ std::unique_ptr<CDeviceIdentifierImpl> Load(const LargeDevice& device)
     Mora::Lux::Trace::InvalidateDeviceXmlName();
     auto identifier = std::make_unique<CDeviceIdentifierImpl>();
     if (!identifier->LoadConfiguration(device.session, eTraceDataFileDCM) ||
-        !identifier->LoadAllDeviceDatabases(false) || identifier->GetModules().size() != 2000)
+        !identifier->LoadAllDeviceDatabases(false) ||
+        identifier->GetModules().size() != DatabaseGenerator::LargeDevice().modules)
         return nullptr;
     return identifier;
 }
