@@ -40,11 +40,15 @@ uTime::~uTime() = default;
 
 uTime uTime::GetLocal()
 {
+    // Every log line asks for the time; the calendar fields change only once a
+    // second, so the local-time conversion is skipped while the second is the same.
+    static time_t convertedSecond = -1;
     timeval now{};
     gettimeofday(&now, nullptr);
     tm local{};
     const time_t seconds = now.tv_sec;
-    if (localtime_r(&seconds, &local) != nullptr) {
+    if (seconds != convertedSecond && localtime_r(&seconds, &local) != nullptr) {
+        convertedSecond = seconds;
         m_year = local.tm_year + 1900;
         m_month = local.tm_mon;
         m_day = local.tm_mday;
