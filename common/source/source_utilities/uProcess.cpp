@@ -32,24 +32,17 @@ bool AllDigits(const char* name)
     return true;
 }
 
-// True when /proc/<entry>/ lists an "exe" link whose target contains `name`.
+// True when the "exe" link of /proc/<entry>/ points at a file whose path
+// contains `name`. The link is read directly: listing the process folder to
+// find it first would make the kernel build an entry for each of its files.
 bool ExecutableMatches(const std::string& entry, const char* name)
 {
-    const std::string folder = "/proc/" + entry + "/";
-    DirPtr directory(opendir(folder.c_str()));
-    if (!directory)
+    char target[PATH_MAX];
+    const ssize_t length = readlink(("/proc/" + entry + "/exe").c_str(), target, sizeof target - 1);
+    if (length < 0)
         return false;
-    while (const dirent* item = readdir(directory.get())) {
-        if (std::strcmp(item->d_name, "exe") != 0)
-            continue;
-        char target[PATH_MAX];
-        const ssize_t length = readlink((folder + "exe").c_str(), target, sizeof target - 1);
-        if (length < 0)
-            return false;
-        target[length] = '\0';
-        return std::strstr(target, name) != nullptr;
-    }
-    return false;
+    target[length] = '\0';
+    return std::strstr(target, name) != nullptr;
 }
 
 } // namespace
