@@ -1,6 +1,6 @@
 #include "cli/DeviceCommands.h"
 
-#include "cli/DeviceInspector.h"
+#include "cli/DeviceSurvey.h"
 #include "cli/DotWriter.h"
 #include "cli/TdfSectionReader.h"
 #include "cli/ToolEnvironment.h"
@@ -34,12 +34,12 @@ void DeviceCommands::Run()
     DeviceSession session;
     if (!m_options.loadFile.empty())
         m_formatter.Configuration(session.LoadConfiguration(m_options.loadFile));
-    DeviceInspector inspector(session);
+    DeviceSurvey survey(session);
 
     switch (m_options.command) {
     case Command::Identify:
     case Command::Load: {
-        IdentifyView view = inspector.Identification();
+        IdentifyView view = survey.Identification();
         view.databaseDir = environment.databaseDir();
         view.boardDir = environment.boardDir();
         m_formatter.Identification(view);
@@ -51,21 +51,21 @@ void DeviceCommands::Run()
         break;
     }
     case Command::Procs:
-        m_formatter.Processors(inspector.Processors());
+        m_formatter.Processors(survey.Processors());
         break;
     case Command::Proc: {
-        const SourceView source = inspector.Processor(m_options.procName);
-        m_formatter.Processor(source, inspector.Routes(m_options.procName));
+        const SourceView source = survey.Processor(m_options.procName);
+        m_formatter.Processor(source, survey.Routes(m_options.procName));
         break;
     }
     case Command::Routes:
         if (m_options.dot)
-            DotWriter::Write(m_out, inspector.Routes(m_options.procName));
+            DotWriter::Write(m_out, survey.Routes(m_options.procName));
         else
-            m_formatter.Routes(inspector.Routes(m_options.procName));
+            m_formatter.Routes(survey.Routes(m_options.procName));
         break;
     case Command::Settings:
-        m_formatter.Settings(inspector.Settings(m_options.procName));
+        m_formatter.Settings(survey.Settings(m_options.procName));
         break;
     case Command::Save:
         Save(session);

@@ -1,4 +1,4 @@
-// Plain records of what the tool shows about a device. DeviceInspector fills
+// Plain records of what the tool shows about a device. DeviceSurvey fills
 // them from the device identifier; the formatters print them. Keeping the two
 // apart lets both output formats show exactly the same facts.
 #ifndef DEVID_CLI_DEVICEVIEWS_H

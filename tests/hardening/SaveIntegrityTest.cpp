@@ -17,7 +17,7 @@ using ::testing::HasSubstr;
 
 namespace {
 
-struct SectionSpec {
+struct Section {
     std::string name;
     uint32_t version;
     std::string data;
@@ -74,16 +74,16 @@ TEST_F(SaveIntegrity, TdfSaveLeavesEverySectionAsItWas)
     std::string blob(100000, '\0');
     for (size_t i = 0; i < blob.size(); ++i)
         blob[i] = static_cast<char>(i * 131 % 251);
-    const std::vector<SectionSpec> sections = {
+    const std::vector<Section> sections = {
         {"TRACE", 3, blob}, {"DEVID", 2, "older version"}, {"", 0, ""}, {"NOTES", 1, "notes\r\n\0x"}, {"TRACE", 4, "tail"}};
     const std::string file = home.file("session.tdf");
     TDFHandler tdf;
     tdf.CreateTDFFile(file.c_str());
-    for (const SectionSpec& spec : sections) {
+    for (const Section& section : sections) {
         uint32_t offset = 0;
         uint32_t length = 0;
-        tdf.SaveSectionHeader(file.c_str(), spec.name.c_str(), spec.version, offset);
-        tdf.SaveSectionData(file.c_str(), spec.name.c_str(), offset, spec.data.data(), 1, spec.data.size(), length);
+        tdf.SaveSectionHeader(file.c_str(), section.name.c_str(), section.version, offset);
+        tdf.SaveSectionData(file.c_str(), section.name.c_str(), offset, section.data.data(), 1, section.data.size(), length);
     }
     const std::string before = devid_test::readFile(file);
 
@@ -99,11 +99,11 @@ TEST_F(SaveIntegrity, TdfSaveLeavesEverySectionAsItWas)
     const std::string section = Header(static_cast<uint32_t>(17 + text.size()), 1, "DEVID") + text;
     EXPECT_EQ(after.substr(before.size()), section + section);
 
-    for (const SectionSpec& spec : sections) {
-        std::vector<char> buffer(spec.data.size() + 1);
+    for (const Section& section : sections) {
+        std::vector<char> buffer(section.data.size() + 1);
         uint32_t read = 0;
-        tdf.LoadSectionData(file.c_str(), spec.name.c_str(), spec.version, buffer.data(), static_cast<uint32_t>(buffer.size()), read);
-        EXPECT_EQ(std::string(buffer.data(), read), spec.data) << spec.name << " " << spec.version;
+        tdf.LoadSectionData(file.c_str(), section.name.c_str(), section.version, buffer.data(), static_cast<uint32_t>(buffer.size()), read);
+        EXPECT_EQ(std::string(buffer.data(), read), section.data) << section.name << " " << section.version;
     }
     auto reloaded = std::make_unique<CDeviceIdentifierImpl>();
     EXPECT_TRUE(reloaded->LoadConfiguration(file, eTraceDataFileTDF));

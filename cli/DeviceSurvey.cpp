@@ -1,4 +1,4 @@
-#include "cli/DeviceInspector.h"
+#include "cli/DeviceSurvey.h"
 
 #include "cli/ToolError.h"
 #include "devid/CDeviceIdentifierImpl.h"
@@ -104,7 +104,7 @@ RouteView DescribeRoute(CTraceRouteInfo& route, CDeviceIdentifierImpl& owner)
 
 } // namespace
 
-bool DeviceInspector::Matched()
+bool DeviceSurvey::Matched()
 {
     if (m_session.impl().GetLoadedDeviceFile().empty())
         return false;
@@ -113,13 +113,13 @@ bool DeviceInspector::Matched()
     return !m_session.Offline() || !m_session.LoadedDescription().second.empty();
 }
 
-bool DeviceInspector::Identify()
+bool DeviceSurvey::Identify()
 {
     m_session.device().GetTraceRoutes();
     return Matched();
 }
 
-std::string DeviceInspector::DescriptionOf(uint32_t id)
+std::string DeviceSurvey::DescriptionOf(uint32_t id)
 {
     if (m_session.Offline())
         return m_session.LoadedDescription().first == id ? m_session.LoadedDescription().second : "";
@@ -134,13 +134,13 @@ std::string DeviceInspector::DescriptionOf(uint32_t id)
     }
 }
 
-void DeviceInspector::RequireDevice()
+void DeviceSurvey::RequireDevice()
 {
     if (!Identify())
         throw ToolError(ErrorKind::NoDevice, "no device description matches the device IDs read");
 }
 
-IdentifyView DeviceInspector::Identification()
+IdentifyView DeviceSurvey::Identification()
 {
     IdentifyView view;
     view.matched = Identify();
@@ -164,7 +164,7 @@ IdentifyView DeviceInspector::Identification()
     return view;
 }
 
-ProcessorsView DeviceInspector::Processors()
+ProcessorsView DeviceSurvey::Processors()
 {
     RequireDevice();
     CDeviceIdentifierImpl& impl = m_session.impl();
@@ -190,7 +190,7 @@ ProcessorsView DeviceInspector::Processors()
     return view;
 }
 
-void DeviceInspector::RequireProcessor(const std::string& name)
+void DeviceSurvey::RequireProcessor(const std::string& name)
 {
     if (m_session.device().GetProcInfo(name) != nullptr)
         return;
@@ -202,13 +202,13 @@ void DeviceInspector::RequireProcessor(const std::string& name)
                     "the device has no processor \"" + name + "\" (it has: " + (known.empty() ? "none" : known) + ")");
 }
 
-SourceView DeviceInspector::Processor(const std::string& name)
+SourceView DeviceSurvey::Processor(const std::string& name)
 {
     RequireProcessor(name);
     return DescribeSource(*m_session.device().GetProcInfo(name), true);
 }
 
-std::vector<RouteView> DeviceInspector::Routes(const std::string& procName)
+std::vector<RouteView> DeviceSurvey::Routes(const std::string& procName)
 {
     std::vector<CTraceRouteInfo*> routes;
     if (procName.empty()) {
@@ -225,7 +225,7 @@ std::vector<RouteView> DeviceInspector::Routes(const std::string& procName)
     return views;
 }
 
-SettingsView DeviceInspector::Settings(const std::string& procName)
+SettingsView DeviceSurvey::Settings(const std::string& procName)
 {
     CDeviceIdentifier& device = m_session.device();
     SettingsView view;

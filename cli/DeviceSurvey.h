@@ -1,8 +1,8 @@
 // Asks the device identifier what the tool shows: the client interface where
 // it has the answer, the read-only views of the implementation for the rest
 // (scan chain, device IDs read, every source, the matched file).
-#ifndef DEVID_CLI_DEVICEINSPECTOR_H
-#define DEVID_CLI_DEVICEINSPECTOR_H
+#ifndef DEVID_CLI_DEVICESURVEY_H
+#define DEVID_CLI_DEVICESURVEY_H
 
 #include "cli/DeviceSession.h"
 #include "cli/DeviceViews.h"
@@ -13,9 +13,9 @@
 
 namespace devid_cli {
 
-class DeviceInspector {
+class DeviceSurvey {
 public:
-    explicit DeviceInspector(DeviceSession& session) : m_session(session) {}
+    explicit DeviceSurvey(DeviceSession& session) : m_session(session) {}
 
     /// Identifies the device through a route query; false when no description
     /// file matched (then the other queries throw ToolError NoDevice).
