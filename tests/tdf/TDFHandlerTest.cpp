@@ -8,9 +8,11 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using Mora::Lux::Hexkit::HexkitError;
@@ -42,27 +44,23 @@ std::string ErrorOf(const std::function<void()>& call)
     return "<no error>";
 }
 
-#define EXPECT_FAILS(message, call) EXPECT_EQ(message, ErrorOf([&] { call; }))
-
 class TDFHandlerTest : public ::testing::Test {
 protected:
     // A walk that loops over a damaged file ends the test process instead of hanging ctest.
     void SetUp() override { alarm(20); }
     void TearDown() override { alarm(0); }
 
-    void Save(const std::string& file, const char* name, uint32_t version, const std::string& data)
-    {
-        uint32_t offset = 0, length = 0;
-        tdf.SaveSectionHeader(file.c_str(), name, version, offset);
-        tdf.SaveSectionData(file.c_str(), name, offset, data.data(), 1, data.size(), length);
-    }
-
     std::string Load(const std::string& file, const char* name, uint32_t version, uint32_t bufferSize = 256)
     {
-        std::vector<char> buffer(bufferSize);
-        uint32_t read = 0;
-        tdf.LoadSectionData(file.c_str(), name, version, buffer.data(), bufferSize, read);
-        return std::string(buffer.data(), read);
+        std::vector<char> data(bufferSize);
+        uint32_t got = 0;
+        tdf.LoadSectionData(file.c_str(), name, version, data.data(), bufferSize, got);
+        return std::string(data.data(), got);
+    }
+
+    std::string NotFound(const std::string& file, const char* name, uint32_t version)
+    {
+        return ErrorOf([&] { Load(file, name, version); });
     }
 
     devid_test::TempDir dir;
@@ -71,172 +69,116 @@ protected:
     char buffer[8] = {};
 };
 
-TEST_F(TDFHandlerTest, WritesTheExactLayout)
+TEST_F(TDFHandlerTest, WritesTheExactLayoutAndFindsSectionsByNameAndVersion)
 {
     const std::string file = dir.file("a.tdf");
     tdf.CreateTDFFile(file.c_str());
     EXPECT_EQ("TDF2", devid_test::readFile(file));
-
     tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
     EXPECT_EQ(4u, offset);
     EXPECT_EQ("TDF2" + Word(17) + Word(1) + Word(5) + "DEVID", devid_test::readFile(file));
-    // A header without data reads as an empty section.
-    tdf.GetSectionDataLengthInBytes(file.c_str(), "DEVID", 1, length);
-    EXPECT_EQ(0u, length);
 
     const std::string data = "0123456789";
     tdf.SaveSectionData(file.c_str(), "ignored", offset, data.data(), 1, data.size(), length);
     EXPECT_EQ(27u, length);
     EXPECT_EQ("TDF2" + Section("DEVID", 1, data), devid_test::readFile(file));
-    EXPECT_EQ(31u, Mora::Lux::Trace::FileSize(file.c_str()));
-
-    tdf.GetSectionDataLengthInBytes(file.c_str(), "DEVID", 1, length);
-    EXPECT_EQ(10u, length);
     tdf.GetSectionDataPosition(file.c_str(), "DEVID", 1, position, length);
     EXPECT_EQ(21u, position);
     EXPECT_EQ(10u, length);
-    EXPECT_EQ(data, Load(file, "DEVID", 1));
-    EXPECT_EQ("0123", Load(file, "DEVID", 1, 4));
+    EXPECT_EQ("0123", Load(file, "DEVID", 1, 4)) << "a small buffer takes what fits";
+
+    for (const auto& [name, version, text] : {std::tuple{"DEVID", 2u, "two"}, {"OTHER", 7u, "other"}, {"DEVID", 1u, "dup"}}) {
+        tdf.SaveSectionHeader(file.c_str(), name, version, offset);
+        tdf.SaveSectionData(file.c_str(), name, offset, text, 1, std::strlen(text), length);
+    }
+    EXPECT_EQ(data, Load(file, "DEVID", 1)) << "the first match wins";
+    EXPECT_EQ("two", Load(file, "DEVID", 2));
+    EXPECT_EQ("other", Load(file, "OTHER", 7));
+    EXPECT_EQ("OTHER section cannot be located in the file.", NotFound(file, "OTHER", 1));
+    EXPECT_EQ("devid section cannot be located in the file.", NotFound(file, "devid", 1));
+    EXPECT_EQ("DEVI section cannot be located in the file.", NotFound(file, "DEVI", 1));
 }
 
-TEST_F(TDFHandlerTest, FindsSectionsByExactNameAndVersion)
+TEST_F(TDFHandlerTest, FindsSectionsPastLargeOnes)
 {
-    const std::string file = dir.file("multi.TDF");
-    tdf.CreateTDFFile(file.c_str());
-    Save(file, "DEVID", 1, "first");
-    Save(file, "DEVID", 2, "version two");
-    Save(file, "OTHER", 7, std::string("\0\1\2", 3));
-    Save(file, "DEVID", 1, "duplicate");
-    Save(file, nullptr, 3, "unnamed");
-
-    EXPECT_TRUE(tdf.ISTDF(file.c_str()));
-    EXPECT_EQ("first", Load(file, "DEVID", 1));
-    EXPECT_EQ("version two", Load(file, "DEVID", 2));
-    EXPECT_EQ(std::string("\0\1\2", 3), Load(file, "OTHER", 7));
-    EXPECT_EQ("unnamed", Load(file, "", 3));
-    EXPECT_FAILS("OTHER section cannot be located in the file.", Load(file, "OTHER", 1));
-    EXPECT_FAILS("devid section cannot be located in the file.", Load(file, "devid", 1));
-    EXPECT_FAILS("DEVI section cannot be located in the file.", Load(file, "DEVI", 1));
-}
-
-TEST_F(TDFHandlerTest, FindsSectionsAnywhereInALargeFile)
-{
-    // Sizes vary so that headers, names and data straddle any read-ahead boundary, and one
-    // section is large enough to be skipped rather than read.
+    // Sizes vary so that headers and names straddle any read-ahead boundary.
     std::string content = "TDF2";
-    std::vector<std::string> names, data;
-    for (uint32_t i = 0; i < 400; ++i) {
-        names.push_back("S" + std::string(i % 13, 'n') + std::to_string(i));
-        data.emplace_back(i == 200 ? 300000 : i * 37 % 1500, static_cast<char>('a' + i % 26));
-        content += Section(names[i], i, data[i]);
-    }
-    const std::string file = dir.write("large.tdf", content);
-    for (uint32_t i : {0, 1, 57, 199, 200, 201, 399}) {
-        tdf.GetSectionDataLengthInBytes(file.c_str(), names[i].c_str(), i, length);
-        EXPECT_EQ(data[i].size(), length) << i;
-        EXPECT_EQ(data[i], Load(file, names[i].c_str(), i, length + 1)) << i;
-    }
+    for (uint32_t i = 0; i < 60; ++i)
+        content += Section("S" + std::to_string(i), i, std::string(i == 30 ? 300000 : i * 37 % 1500, 'd'));
+    const std::string file = dir.write("large.tdf", content + Section("LAST", 1, "end"));
+    EXPECT_EQ("end", Load(file, "LAST", 1));
+    tdf.GetSectionDataLengthInBytes(file.c_str(), "S30", 30, length);
+    EXPECT_EQ(300000u, length);
 }
 
 TEST_F(TDFHandlerTest, OffsetsBeyondTwoGiBWorkOnEveryHost)
 {
-    // A sparse filler section carries the file past 2 GiB, where a 32-bit long stops;
-    // the format's offsets reach 4 GiB on 32-bit and 64-bit hosts alike.
+    // A sparse filler section carries the file past 2 GiB, where a 32-bit long stops.
     const uint32_t fillerLength = 0x90000000u;
     const std::string file = dir.write("big.tdf", "TDF2" + Word(fillerLength) + Word(1) + Word(3) + "pad");
     std::error_code error;
     std::filesystem::resize_file(file, 4 + static_cast<uintmax_t>(fillerLength), error);
     if (error)
         GTEST_SKIP() << "no sparse file here: " << error.message();
-
-    EXPECT_EQ(4u + fillerLength, Mora::Lux::Trace::FileSize(file.c_str()));
     tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
     EXPECT_EQ(4u + fillerLength, offset);
     tdf.SaveSectionData(file.c_str(), "DEVID", offset, "abc", 1, 3, length);
-    EXPECT_EQ(20u, length);
     tdf.GetSectionDataPosition(file.c_str(), "DEVID", 1, position, length);
     EXPECT_EQ(offset + 17u, position);
     EXPECT_EQ("abc", Load(file, "DEVID", 1));
 }
 
-TEST_F(TDFHandlerTest, RecognisesTdfFilesWithoutThrowing)
+TEST_F(TDFHandlerTest, ReportsEveryFailure)
 {
-    const std::string good = "TDF2" + Section("X", 1, "");
-    EXPECT_TRUE(tdf.ISTDF(dir.write(".tdf", good).c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.write("tdf", good).c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.write("atdf", good).c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.write("a.tdf.bak", good).c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.write("short.tdf", "TDF").c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.write("other.tdf", "TDF1").c_str()));
-    EXPECT_FALSE(tdf.ISTDF(dir.file("missing.tdf").c_str()));
-    EXPECT_FALSE(tdf.ISTDF(nullptr));
-}
-
-TEST_F(TDFHandlerTest, ReportsEveryWriteFailure)
-{
-    const std::string file = dir.file("w.tdf");
     const char* missing = "/no/such/file.tdf";
-    // A folder opens for reading but not for writing.
-    const std::string folder = dir.file("folder.tdf");
+    const std::string folder = dir.file("folder.tdf"); // opens for reading, not for writing
     std::filesystem::create_directory(folder);
-    tdf.CreateTDFFile(file.c_str());
-    const char* f = file.c_str();
-
-    EXPECT_FAILS("Null file name to create TDF.", tdf.CreateTDFFile(nullptr));
-    EXPECT_FAILS("TDF file extension must be .tdf.", tdf.CreateTDFFile(dir.file("a.txt").c_str()));
-    EXPECT_FAILS("Could not create TDF file as specified.", tdf.CreateTDFFile(missing));
-
-    EXPECT_FAILS("File name passed to save file is not valid.", tdf.SaveSectionHeader(missing, "S", 1, offset));
-    EXPECT_EQ(0u, offset);
-    EXPECT_FAILS("Could not open TDF file as specified.", tdf.SaveSectionHeader(folder.c_str(), "S", 1, offset));
-
-    EXPECT_FAILS("File name passed to save file is not valid.", tdf.SaveSectionData(missing, "S", 4, "a", 1, 1, length));
-    EXPECT_EQ(0u, length);
-    for (uint32_t bad = 0; bad < 4; ++bad)
-        EXPECT_FAILS("Section header offset to save data is not valid.", tdf.SaveSectionData(f, "S", bad, "a", 1, 1, length));
-    EXPECT_FAILS("No data to write TDF.", tdf.SaveSectionData(f, "S", 4, nullptr, 1, 1, length));
-    EXPECT_FAILS("Could not open TDF file as specified.", tdf.SaveSectionData(folder.c_str(), "S", 4, "a", 1, 1, length));
-    EXPECT_FAILS("Write I/O error - unable to determine section length.", tdf.SaveSectionData(f, "S", 4, "a", 1, 1, length));
-    tdf.SaveSectionHeader(f, "S", 1, offset);
-    EXPECT_FAILS("Write I/O error - unable to write section data.", tdf.SaveSectionData(f, "S", offset, "a", 0, 1, length));
-
-    // A full device shows write errors that only surface when the stream is flushed.
-    if (std::filesystem::exists("/dev/full")) {
-        const std::string full = dir.file("full.tdf");
-        std::filesystem::create_symlink("/dev/full", full);
-        EXPECT_FAILS("Write error -  TDF file identifier.", tdf.CreateTDFFile(full.c_str()));
-        EXPECT_FAILS("Write error - size of TDF header.", tdf.SaveSectionHeader(full.c_str(), "S", 1, offset));
-    }
-}
-
-TEST_F(TDFHandlerTest, ReportsEveryLoadFailure)
-{
-    const char* missing = "/no/such/file.tdf";
+    const std::string w = dir.file("w.tdf");
+    tdf.CreateTDFFile(w.c_str());
     const std::string bad = dir.write("bad.tdf", "TDF1" + Section("DEVID", 1, "x"));
     const std::string good = dir.write("good.tdf", "TDF2" + Section("DEVID", 1, "data"));
     const std::string binary = dir.write("good.bin", devid_test::readFile(good));
-    const char* g = good.c_str();
-
-    EXPECT_FAILS("File name passed to load file is not valid.", tdf.GetSectionDataLengthInBytes(missing, "DEVID", 1, length));
-    EXPECT_EQ(0u, length);
-    EXPECT_FAILS("Invalid TDF format.", tdf.GetSectionDataLengthInBytes(bad.c_str(), "DEVID", 1, length));
-    EXPECT_FAILS("Section size cannot be located in the file.", tdf.GetSectionDataLengthInBytes(g, "DEVID", 2, length));
+    const char *f = w.c_str(), *g = good.c_str(), *b = bad.c_str();
+    const std::vector<std::pair<std::string, std::function<void()>>> table = {
+        {"Null file name to create TDF.", [&] { tdf.CreateTDFFile(nullptr); }},
+        {"TDF file extension must be .tdf.", [&] { tdf.CreateTDFFile(dir.file("a.txt").c_str()); }},
+        {"Could not create TDF file as specified.", [&] { tdf.CreateTDFFile(missing); }},
+        {"File name passed to save file is not valid.", [&] { tdf.SaveSectionHeader(missing, "S", 1, offset); }},
+        {"Could not open TDF file as specified.", [&] { tdf.SaveSectionHeader(folder.c_str(), "S", 1, offset); }},
+        {"TDF section name longer than 4095 bytes.", [&] { tdf.SaveSectionHeader(f, std::string(4096, 'N').c_str(), 1, offset); }},
+        {"File name passed to save file is not valid.", [&] { tdf.SaveSectionData(missing, "S", 4, "a", 1, 1, length); }},
+        {"Section header offset to save data is not valid.", [&] { tdf.SaveSectionData(f, "S", 3, "a", 1, 1, length); }},
+        {"No data to write TDF.", [&] { tdf.SaveSectionData(f, "S", 4, nullptr, 1, 1, length); }},
+        {"Could not open TDF file as specified.", [&] { tdf.SaveSectionData(folder.c_str(), "S", 4, "a", 1, 1, length); }},
+        {"Write I/O error - unable to determine section length.", [&] { tdf.SaveSectionData(f, "S", 4, "a", 1, 1, length); }},
+        {"File name passed to load file is not valid.", [&] { tdf.GetSectionDataLengthInBytes(missing, "DEVID", 1, length); }},
+        {"Invalid TDF format.", [&] { tdf.GetSectionDataLengthInBytes(b, "DEVID", 1, length); }},
+        {"Section size cannot be located in the file.", [&] { tdf.GetSectionDataLengthInBytes(g, "DEVID", 2, length); }},
+        {"File name passed to load is not valid.", [&] { tdf.GetSectionDataPosition(missing, "DEVID", 1, position, length); }},
+        {"TDF file extension must be .tdf.", [&] { tdf.GetSectionDataPosition(binary.c_str(), "DEVID", 1, position, length); }},
+        {"Invalid TDF format.", [&] { tdf.GetSectionDataPosition(b, "DEVID", 1, position, length); }},
+        {"DEVID section cannot be located in the file.", [&] { tdf.GetSectionDataPosition(g, "DEVID", 3, position, length); }},
+        {"File name passed to load is not valid.", [&] { tdf.LoadSectionData(missing, "DEVID", 1, buffer, 8, read); }},
+        {"TDF file extension must be .tdf.", [&] { tdf.LoadSectionData(binary.c_str(), "DEVID", 1, buffer, 8, read); }},
+        {"No buffer allocated to load section data.", [&] { tdf.LoadSectionData(g, "DEVID", 1, nullptr, 8, read); }},
+        {"No buffer allocated to load section data.", [&] { tdf.LoadSectionData(g, "DEVID", 1, buffer, 0, read); }},
+        {"Invalid TDF format.", [&] { tdf.LoadSectionData(b, "DEVID", 1, buffer, 8, read); }},
+    };
+    for (const auto& [message, call] : table)
+        EXPECT_EQ(message, ErrorOf(call));
+    EXPECT_EQ(0u, read);
+    tdf.SaveSectionHeader(f, "S", 1, offset);
+    EXPECT_EQ("Write I/O error - unable to write section data.",
+              ErrorOf([&] { tdf.SaveSectionData(f, "S", offset, "a", 0, 1, length); }));
     // This one lookup takes any extension.
     tdf.GetSectionDataLengthInBytes(binary.c_str(), "DEVID", 1, length);
     EXPECT_EQ(4u, length);
-
-    EXPECT_FAILS("File name passed to load is not valid.", tdf.GetSectionDataPosition(missing, "DEVID", 1, position, length));
-    EXPECT_FAILS("TDF file extension must be .tdf.", tdf.GetSectionDataPosition(binary.c_str(), "DEVID", 1, position, length));
-    EXPECT_FAILS("Invalid TDF format.", tdf.GetSectionDataPosition(bad.c_str(), "DEVID", 1, position, length));
-    EXPECT_FAILS("DEVID section cannot be located in the file.", tdf.GetSectionDataPosition(g, "DEVID", 3, position, length));
-    EXPECT_EQ(7u, position);
-
-    EXPECT_FAILS("File name passed to load is not valid.", tdf.LoadSectionData(missing, "DEVID", 1, buffer, 8, read));
-    EXPECT_EQ(0u, read);
-    EXPECT_FAILS("TDF file extension must be .tdf.", tdf.LoadSectionData(binary.c_str(), "DEVID", 1, buffer, 8, read));
-    EXPECT_FAILS("No buffer allocated to load section data.", tdf.LoadSectionData(g, "DEVID", 1, nullptr, 8, read));
-    EXPECT_FAILS("No buffer allocated to load section data.", tdf.LoadSectionData(g, "DEVID", 1, buffer, 0, read));
-    EXPECT_FAILS("Invalid TDF format.", tdf.LoadSectionData(bad.c_str(), "DEVID", 1, buffer, 8, read));
+    EXPECT_TRUE(tdf.ISTDF(g) && !tdf.ISTDF(b) && !tdf.ISTDF(binary.c_str()));
+    // A full device shows write errors that only surface when the stream is flushed.
+    const std::string full = dir.file("full.tdf");
+    std::filesystem::create_symlink("/dev/full", full);
+    EXPECT_EQ("Write error -  TDF file identifier.", ErrorOf([&] { tdf.CreateTDFFile(full.c_str()); }));
+    EXPECT_EQ("Write error - size of TDF header.", ErrorOf([&] { tdf.SaveSectionHeader(full.c_str(), "S", 1, offset); }));
 }
 
 TEST_F(TDFHandlerTest, DamagedSectionsEndTheWalkAsNotFound)
@@ -248,20 +190,16 @@ TEST_F(TDFHandlerTest, DamagedSectionsEndTheWalkAsNotFound)
         {"length shorter than its header", header(14, 3) + "ABC" + target},
         {"length past the end", header(1000, 3) + "ABC" + target},
         {"name cut off by the end", header(20, 8) + "ABC"},
-        {"header cut off by the end", Word(12) + Word(1)},
         {"name longer than 4095 bytes", header(12 + 4096, 4096) + std::string(4096, 'N') + target},
     };
     for (const auto& [what, sections] : damaged) {
         const std::string file = dir.write("damaged.tdf", "TDF2" + sections);
-        EXPECT_FAILS("WANTED section cannot be located in the file.", Load(file, "WANTED", 1)) << what;
-        EXPECT_FAILS("ABC section cannot be located in the file.", Load(file, "ABC", 1)) << what;
+        EXPECT_EQ("WANTED section cannot be located in the file.", NotFound(file, "WANTED", 1)) << what;
+        EXPECT_EQ("ABC section cannot be located in the file.", NotFound(file, "ABC", 1)) << what;
     }
-
-    // 4095 bytes is the longest name a reader accepts.
     const std::string longName(4095, 'L');
     const std::string file = dir.write("long.tdf", "TDF2" + Section(longName, 1, "x") + target);
-    EXPECT_EQ("x", Load(file, longName.c_str(), 1));
-    EXPECT_EQ("payload", Load(file, "WANTED", 1));
+    EXPECT_EQ("x", Load(file, longName.c_str(), 1)) << "4095 bytes is the longest name a reader accepts";
 }
 
 } // namespace
