@@ -1,10 +1,12 @@
-// A strict little JSON reader for checking the tool's output: anything that
-// is not valid JSON throws, so malformed output fails the test that reads it.
+// A strict little JSON reader for checking the tool's output: anything that is
+// not valid JSON throws, so malformed output fails the test that reads it.
 #ifndef DEVID_TESTS_CLI_JSONREADER_H
 #define DEVID_TESTS_CLI_JSONREADER_H
 
-#include <cstdint>
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -13,8 +15,7 @@
 namespace devid_test {
 
 struct Json {
-    enum class Type { Null, Bool, Number, String, Array, Object };
-    Type type = Type::Null;
+    enum class Type { Null, Bool, Number, String, Array, Object } type = Type::Null;
     bool boolean = false;
     double number = 0;
     std::string text;
@@ -22,203 +23,130 @@ struct Json {
     std::vector<std::pair<std::string, Json>> members;
 
     bool isNull() const { return type == Type::Null; }
-    bool has(const std::string& key) const
-    {
-        for (const auto& member : members)
-            if (member.first == key)
-                return true;
-        return false;
-    }
+    bool has(const std::string& key) const { return find(key) != nullptr; }
     const Json& operator[](const std::string& key) const
     {
-        for (const auto& member : members)
-            if (member.first == key)
-                return member.second;
-        throw std::out_of_range("no member " + key);
+        const Json* value = find(key);
+        return value != nullptr ? *value : throw std::out_of_range("no member " + key);
     }
     const Json& operator[](std::size_t index) const { return items.at(index); }
     std::size_t size() const { return type == Type::Array ? items.size() : members.size(); }
+    const Json* find(const std::string& key) const
+    {
+        for (const auto& member : members)
+            if (member.first == key)
+                return &member.second;
+        return nullptr;
+    }
 };
 
 class JsonReader {
 public:
     static Json Parse(const std::string& text)
     {
-        JsonReader reader(text);
+        JsonReader reader{text};
         Json value = reader.Value();
-        reader.Space();
-        if (reader.m_pos != text.size())
-            reader.Fail("trailing text");
+        reader.Eat(' ');
+        reader.Need(reader.m_pos == text.size());
         return value;
     }
 
 private:
     explicit JsonReader(const std::string& text) : m_text(text) {}
-
-    [[noreturn]] void Fail(const std::string& what) const
+    void Need(bool ok) const
     {
-        throw std::runtime_error("bad JSON at " + std::to_string(m_pos) + ": " + what);
+        if (!ok)
+            throw std::runtime_error("bad JSON at " + std::to_string(m_pos));
     }
-    void Space()
+    // Skips white space, then takes `c` if it comes next.
+    bool Eat(char c)
     {
-        while (m_pos < m_text.size() && (m_text[m_pos] == ' ' || m_text[m_pos] == '\n' || m_text[m_pos] == '\t' ||
-                                         m_text[m_pos] == '\r'))
-            ++m_pos;
-    }
-    char Peek()
-    {
-        Space();
-        if (m_pos >= m_text.size())
-            Fail("unexpected end");
-        return m_text[m_pos];
-    }
-    void Expect(char c)
-    {
-        if (Peek() != c)
-            Fail(std::string("expected ") + c);
-        ++m_pos;
-    }
-    bool Literal(const char* word)
-    {
-        const std::string w(word);
-        if (m_text.compare(m_pos, w.size(), w) != 0)
+        m_pos = std::min(m_text.size(), m_text.find_first_not_of(" \n\t\r", m_pos));
+        if (m_pos == m_text.size() || m_text[m_pos] != c)
             return false;
-        m_pos += w.size();
+        ++m_pos;
+        return true;
+    }
+    bool Word(const std::string& word)
+    {
+        if (m_text.compare(m_pos, word.size(), word) != 0)
+            return false;
+        m_pos += word.size();
         return true;
     }
 
     Json Value()
     {
         Json value;
-        const char c = Peek();
-        if (c == '{') {
-            value.type = Json::Type::Object;
-            ++m_pos;
-            if (Peek() == '}') {
-                ++m_pos;
+        if (Eat('{') || Eat('[')) {
+            const bool object = m_text[m_pos - 1] == '{';
+            value.type = object ? Json::Type::Object : Json::Type::Array;
+            if (Eat(object ? '}' : ']'))
                 return value;
-            }
             do {
+                if (!object) {
+                    value.items.push_back(Value());
+                    continue;
+                }
                 std::string key = String();
-                Expect(':');
+                Need(Eat(':'));
                 value.members.emplace_back(std::move(key), Value());
-            } while (Peek() == ',' && ++m_pos);
-            Expect('}');
-        } else if (c == '[') {
-            value.type = Json::Type::Array;
-            ++m_pos;
-            if (Peek() == ']') {
-                ++m_pos;
-                return value;
-            }
-            do
-                value.items.push_back(Value());
-            while (Peek() == ',' && ++m_pos);
-            Expect(']');
-        } else if (c == '"') {
+            } while (Eat(','));
+            Need(Eat(object ? '}' : ']'));
+        } else if (m_pos < m_text.size() && m_text[m_pos] == '"') {
             value.type = Json::Type::String;
             value.text = String();
-        } else if (Literal("true")) {
+        } else if (Word("true")) {
             value.type = Json::Type::Bool;
             value.boolean = true;
-        } else if (Literal("false")) {
+        } else if (Word("false")) {
             value.type = Json::Type::Bool;
-        } else if (Literal("null")) {
-            value.type = Json::Type::Null;
-        } else {
-            value.type = Json::Type::Number;
+        } else if (!Word("null")) {
             const char* start = m_text.c_str() + m_pos;
             char* end = nullptr;
+            value.type = Json::Type::Number;
             value.number = std::strtod(start, &end);
-            if (end == start || (*start != '-' && (*start < '0' || *start > '9')))
-                Fail("not a value");
+            Need(end != start && (*start == '-' || std::isdigit(static_cast<unsigned char>(*start))));
             m_pos += static_cast<std::size_t>(end - start);
         }
         return value;
     }
 
-    unsigned Hex4()
-    {
-        if (m_pos + 4 > m_text.size())
-            Fail("short \\u escape");
-        unsigned code = 0;
-        for (int i = 0; i < 4; ++i) {
-            const char h = m_text[m_pos++];
-            code <<= 4;
-            if (h >= '0' && h <= '9')
-                code |= static_cast<unsigned>(h - '0');
-            else if (h >= 'a' && h <= 'f')
-                code |= static_cast<unsigned>(h - 'a' + 10);
-            else if (h >= 'A' && h <= 'F')
-                code |= static_cast<unsigned>(h - 'A' + 10);
-            else
-                Fail("bad hex digit");
-        }
-        return code;
-    }
-
-    static void AppendUtf8(std::string& out, uint32_t code)
-    {
-        if (code < 0x80) {
-            out += static_cast<char>(code);
-        } else if (code < 0x800) {
-            out += static_cast<char>(0xC0 | (code >> 6));
-            out += static_cast<char>(0x80 | (code & 0x3F));
-        } else if (code < 0x10000) {
-            out += static_cast<char>(0xE0 | (code >> 12));
-            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (code & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (code >> 18));
-            out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (code & 0x3F));
-        }
-    }
-
+    // The tool writes valid UTF-8 as it is and escapes single code units only.
     std::string String()
     {
-        Expect('"');
+        Need(Eat('"'));
         std::string out;
         for (;;) {
-            if (m_pos >= m_text.size())
-                Fail("unterminated string");
+            Need(m_pos < m_text.size());
             const char c = m_text[m_pos++];
             if (c == '"')
                 return out;
-            if (static_cast<unsigned char>(c) < 0x20)
-                Fail("raw control character in a string");
+            Need(static_cast<unsigned char>(c) >= 0x20);
             if (c != '\\') {
                 out += c;
                 continue;
             }
-            if (m_pos >= m_text.size())
-                Fail("unterminated escape");
-            const char e = m_text[m_pos++];
-            switch (e) {
-            case '"': out += '"'; break;
-            case '\\': out += '\\'; break;
-            case '/': out += '/'; break;
-            case 'b': out += '\b'; break;
-            case 'f': out += '\f'; break;
-            case 'n': out += '\n'; break;
-            case 'r': out += '\r'; break;
-            case 't': out += '\t'; break;
-            case 'u': {
-                uint32_t code = Hex4();
-                if (code >= 0xD800 && code <= 0xDBFF) {
-                    if (!Literal("\\u"))
-                        Fail("lone high surrogate");
-                    const uint32_t low = Hex4();
-                    if (low < 0xDC00 || low > 0xDFFF)
-                        Fail("bad low surrogate");
-                    code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-                }
-                AppendUtf8(out, code);
-                break;
+            Need(m_pos < m_text.size());
+            const char* escapes = "\"\\/bfnrt";
+            const char* known = std::strchr(escapes, m_text[m_pos++]);
+            if (known != nullptr && *known != '\0') {
+                out += "\"\\/\b\f\n\r\t"[known - escapes];
+                continue;
             }
-            default: Fail("unknown escape");
-            }
+            const std::string hex = m_text.substr(m_pos, 4);
+            Need(m_text[m_pos - 1] == 'u' && hex.size() == 4 &&
+                 hex.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos);
+            m_pos += 4;
+            const unsigned code = static_cast<unsigned>(std::stoul(hex, nullptr, 16));
+            Need(code < 0xD800 || code > 0xDFFF);
+            if (code < 0x80)
+                out += static_cast<char>(code);
+            else if (code < 0x800)
+                out += {static_cast<char>(0xC0 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
+            else
+                out += {static_cast<char>(0xE0 | (code >> 12)), static_cast<char>(0x80 | ((code >> 6) & 0x3F)),
+                        static_cast<char>(0x80 | (code & 0x3F))};
         }
     }
 

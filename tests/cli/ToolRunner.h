@@ -1,109 +1,104 @@
-// Runs the built devid program the way a user would: its own HOME, the
-// bundled example database and board unless a test says otherwise, and
-// standard output, standard error and exit status captured.
+// Runs the built devid program the way a user would, with its own HOME and
+// none of the variables it reads inherited, and captures what it prints.
 #ifndef DEVID_TESTS_CLI_TOOLRUNNER_H
 #define DEVID_TESTS_CLI_TOOLRUNNER_H
 
 #include "tests/cli/JsonReader.h"
 #include "tests/common/TempDir.h"
 
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
+#include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
-extern char** environ;
-
 namespace devid_test {
+
+inline const std::string kExampleDb = DEVID_SOURCE_DIR "/examples/db";
+inline const std::string kExampleBoard = DEVID_SOURCE_DIR "/examples/board";
 
 struct ToolResult {
     int status = -1;
     std::string out;
     std::string err;
-
-    Json json() const { return JsonReader::Parse(out); }
 };
 
 class ToolRunner {
 public:
-    static std::string Program() { return std::string(DEVID_BUILD_DIR) + "/bin/devid"; }
-    static std::string ExampleDb() { return std::string(DEVID_SOURCE_DIR) + "/examples/db"; }
-    static std::string ExampleBoard() { return std::string(DEVID_SOURCE_DIR) + "/examples/board"; }
+    ToolRunner() { scratch.write("home/.keep", ""); }
 
-    /// HOME is a fresh folder of its own, so saved files and logs of one test
-    /// never meet another's.
-    ToolRunner() : m_home(m_scratch.file("home")) { m_scratch.write("home/.keep", ""); }
-
-    const TempDir& scratch() const { return m_scratch; }
-    const std::string& home() const { return m_home; }
-
-    /// Runs devid with `args` in the scratch folder. The variables the tool
-    /// reads are cleared first; `environment` entries ("NAME=value") are added.
-    ToolResult Run(const std::vector<std::string>& args, const std::vector<std::string>& environment = {}) const
+    /// Runs devid in the scratch folder; `environment` holds extra "NAME=value" entries.
+    ToolResult Run(std::vector<std::string> args, const std::vector<std::string>& environment = {}) const
     {
-        const std::string outPath = m_scratch.file("stdout.txt");
-        const std::string errPath = m_scratch.file("stderr.txt");
-        std::vector<std::string> env;
-        for (char** entry = environ; *entry != nullptr; ++entry) {
-            const std::string line(*entry);
-            if (!Cleared(line))
-                env.push_back(line);
-        }
-        env.push_back("HOME=" + m_home);
-        env.insert(env.end(), environment.begin(), environment.end());
-
-        std::vector<std::string> argv{Program()};
-        argv.insert(argv.end(), args.begin(), args.end());
-        ToolResult result;
+        args.insert(args.begin(), DEVID_BUILD_DIR "/bin/devid");
         const pid_t child = fork();
         if (child == 0) {
-            const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            if (out < 0 || err < 0 || dup2(out, 1) < 0 || dup2(err, 2) < 0 || chdir(m_scratch.path().c_str()) != 0)
+            for (const char* name : {"TRACE_XMLDB_DEVICES", "COMMON_VEXIF", "MORA_TRACE_LOGGING",
+                                     "MORA_TRACE_DEBUGCLIENT_PID", "MORA_TRACE_LOGGING_DIR", "MORA_TRACE_DATA_DIR",
+                                     "MORA_TRACE_SETTINGS_DIR"})
+                unsetenv(name);
+            setenv("HOME", home().c_str(), 1);
+            for (const std::string& entry : environment)
+                putenv(const_cast<char*>(entry.c_str()));
+            const int out = open(scratch.file("stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            const int err = open(scratch.file("stderr.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            if (out < 0 || err < 0 || dup2(out, 1) < 0 || dup2(err, 2) < 0 || chdir(scratch.path().c_str()) != 0)
                 _exit(127);
-            std::vector<char*> cargv;
-            for (std::string& arg : argv)
-                cargv.push_back(arg.data());
-            cargv.push_back(nullptr);
-            std::vector<char*> cenv;
-            for (std::string& entry : env)
-                cenv.push_back(entry.data());
-            cenv.push_back(nullptr);
-            execve(cargv[0], cargv.data(), cenv.data());
+            std::vector<char*> argv;
+            for (std::string& arg : args)
+                argv.push_back(arg.data());
+            argv.push_back(nullptr);
+            execv(argv[0], argv.data());
             _exit(127);
         }
+        ToolResult result;
         int status = 0;
         if (child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status))
             result.status = WEXITSTATUS(status);
-        result.out = readFile(outPath);
-        result.err = readFile(errPath);
+        result.out = readFile(scratch.file("stdout.txt"));
+        result.err = readFile(scratch.file("stderr.txt"));
         return result;
     }
 
-    /// Run with the example database and board given explicitly.
-    ToolResult RunOnExample(std::vector<std::string> args, const std::vector<std::string>& environment = {}) const
+    /// Runs on the example board, and on the example database unless `args` name another.
+    ToolResult RunOnExample(std::vector<std::string> args) const
     {
-        args.insert(args.end(), {"--db", ExampleDb(), "--board", ExampleBoard()});
-        return Run(args, environment);
+        if (std::find(args.begin(), args.end(), "--db") == args.end())
+            args.insert(args.end(), {"--db", kExampleDb});
+        args.insert(args.end(), {"--board", kExampleBoard});
+        return Run(args);
     }
 
-private:
-    static bool Cleared(const std::string& entry)
+    /// Runs a --json command on the example, checks its exit status and parses
+    /// the document, which must carry the schema and the command's name.
+    Json JsonOf(std::vector<std::string> args, int status = 0, bool onExample = true) const
     {
-        for (const char* name : {"HOME=", "TRACE_XMLDB_DEVICES=", "COMMON_VEXIF=", "MORA_TRACE_LOGGING=",
-                                 "MORA_TRACE_DEBUGCLIENT_PID=", "MORA_TRACE_LOGGING_DIR=", "MORA_TRACE_DATA_DIR=",
-                                 "MORA_TRACE_SETTINGS_DIR="})
-            if (entry.compare(0, std::strlen(name), name) == 0)
-                return true;
-        return false;
+        args.push_back("--json");
+        const ToolResult result = onExample ? RunOnExample(args) : Run(args);
+        EXPECT_EQ(result.status, status) << args.front() << ": " << result.err;
+        Json doc = JsonReader::Parse(result.out);
+        EXPECT_EQ(doc["schema"].text, "devid/1");
+        EXPECT_EQ(doc.has("error"), status != 0) << result.out;
+        return doc;
     }
 
-    TempDir m_scratch;
-    std::string m_home;
+    std::string home() const { return scratch.file("home"); }
+
+    TempDir scratch;
 };
+
+inline const Json* FindBy(const Json& list, const std::string& key, const std::string& value)
+{
+    for (const Json& item : list.items)
+        if (item[key].text == value)
+            return &item;
+    return nullptr;
+}
 
 } // namespace devid_test
 
