@@ -1,42 +1,26 @@
 // A database folder of our own, a device identifier reading it without any
-// board, and this process's log, for the discovery and loader tests.
+// board, and this process's log.
 #ifndef DEVID_TESTS_DATABASETESTSUPPORT_H
 #define DEVID_TESTS_DATABASETESTSUPPORT_H
 
-#include "devid/CDeviceIdentifierImpl.h"
-#include "tests/common/DeviceIdentifierTestAccess.h"
-#include "devid/model/CModuleInfoImpl.h"
+#include "devid/DeviceXmlCache.h"
 #include "devid/model/CProcIdentifier.h"
-#include "devid/model/CSourceInfoImpl.h"
-#include "devid/model/CTraceRouteInfoImpl.h"
+#include "tests/common/DeviceIdentifierTestAccess.h"
 #include "tests/common/TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <memory>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace devid_test {
 
-using Mora::Lux::Trace::CDeviceIdentifierImpl;
+using namespace Mora::Lux::Trace;
 
 /// A device description file: `attributes` on the device element, `body` inside it.
 inline std::string DeviceXml(const std::string& attributes, const std::string& body = "")
 {
     return "<?xml version=\"1.0\"?>\n<database>\n<device " + attributes + ">\n" + body + "\n</device>\n</database>\n";
-}
-
-/// Names in the folder in the order the directory read returns them.
-inline std::vector<std::string> DirectoryOrder(const std::string& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    return names;
 }
 
 inline std::size_t CountOf(const std::string& text, const std::string& part)
@@ -47,8 +31,15 @@ inline std::size_t CountOf(const std::string& text, const std::string& part)
     return count;
 }
 
-/// Each test gets its own database folder; no board is configured, so
-/// nothing asks a target and the processor names stay as the files give them.
+inline std::vector<std::string> Names(const std::vector<CModuleInfo*>& modules)
+{
+    std::vector<std::string> names;
+    for (CModuleInfo* module : modules)
+        names.push_back(module->GetName());
+    return names;
+}
+
+/// No board is configured, so nothing asks a target and processor names stay as the files give them.
 class DatabaseTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -59,29 +50,27 @@ protected:
         setenv("MORA_TRACE_DEBUGCLIENT_PID", std::to_string(getpid()).c_str(), 1);
         unsetenv("COMMON_VEXIF");
         std::filesystem::create_directories(std::getenv("HOME"));
+        InvalidateDeviceXmlName();
     }
+    void TearDown() override { InvalidateDeviceXmlName(); }
 
     std::unique_ptr<CDeviceIdentifierImpl> MakeDevId() { return std::make_unique<CDeviceIdentifierImpl>(); }
-
     std::string Path(const std::string& name) const { return db.path() + "/" + name; }
 
     /// Everything this process has logged so far.
     std::string Log() const
     {
         const char* folder = std::getenv("MORA_TRACE_LOGGING_DIR");
-        if (folder == nullptr)
-            return "";
         const std::string suffix = "_" + std::to_string(getpid()) + ".txt";
         std::string text;
         std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder ? folder : "", error)) {
             std::string name = entry.path().filename().string();
             if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
                 text += readFile(entry.path().string());
         }
         return text;
     }
-    /// What was logged after `mark`, a size of Log() taken earlier.
     std::string LogSince(std::size_t mark) const { return Log().substr(mark); }
 
     TempDir db;
