@@ -9,13 +9,9 @@
 
 namespace devid_fuzz {
 
-namespace {
-
 const char kEntry[] = "board_files";
 // Values and family names are cut to what the readers' 32-byte buffers hold.
 const size_t kLongestValue = 31;
-
-} // namespace
 
 int BoardFiles(const uint8_t* data, size_t size)
 {

@@ -16,9 +16,8 @@ const char kEntry[] = "dcm_reader";
 std::string ReadAndCompose(FuzzWorkspace& workspace, const uint8_t* data, size_t size)
 {
     auto devId = workspace.MakeDeviceIdentifier();
-    FilePtr stream = workspace.Stream(data, size);
     std::string text;
-    if (!devId->LoadConfigurationDCMFile(stream.get()))
+    if (!devId->LoadConfigurationDCMFile(workspace.Stream(data, size).get()))
         return text;
 
     // Offline answers come from what was read and must not reach for a target.
@@ -32,10 +31,7 @@ std::string ReadAndCompose(FuzzWorkspace& workspace, const uint8_t* data, size_t
     return text;
 }
 
-const uint8_t* Bytes(const std::string& text)
-{
-    return reinterpret_cast<const uint8_t*>(text.data());
-}
+const uint8_t* Bytes(const std::string& text) { return reinterpret_cast<const uint8_t*>(text.data()); }
 
 } // namespace
 

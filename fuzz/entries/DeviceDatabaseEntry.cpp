@@ -46,13 +46,12 @@ void VisitModule(CModuleInfo* module)
         reg->GetMemoryAddress();
         reg->GetWidthInBits();
     }
-    for (const std::string& mapId : module->GetMapIds()) {
+    for (const std::string& mapId : module->GetMapIds())
         for (CMappingInfo* entry : module->GetMappingInfo(mapId)) {
             DEVID_FUZZ_CHECK(kEntry, entry != nullptr, "mapping lists hold no null");
             entry->GetKey();
             entry->GetValue();
         }
-    }
     VisitCharacteristics(module->GetCharacteristics());
     module->LookupCharacteristicValue("id");
 }
@@ -63,12 +62,12 @@ void VisitSource(CSourceInfo* source)
         return;
     source->GetName();
     source->IsSTMMaster();
+    source->LookupCharacteristicValue("id");
     VisitCharacteristics(source->GetCharacteristics());
     for (CModuleInfo* component : source->GetComponents()) {
         DEVID_FUZZ_CHECK(kEntry, component != nullptr, "components are resolved modules");
         VisitModule(component);
     }
-    source->LookupCharacteristicValue("id");
 }
 
 void VisitRoutes(const std::vector<CTraceRouteInfo*>& routes)

@@ -18,16 +18,6 @@ namespace {
     std::abort();
 }
 
-// The device identifier opens these libraries per instance and closes them
-// again. libFuzzer keeps reading the coverage counters of a library it saw
-// once, so they stay mapped for the life of the process.
-void PinRunTimeLibraries()
-{
-    for (const char* name : {"libmora_targetdb_parser.so", "libSetupAdapter4.so", "libProbeTargetAdapter.so",
-                             "libTraceFactory.so"})
-        dlopen(name, RTLD_NOW | RTLD_NODELETE);
-}
-
 } // namespace
 
 FuzzWorkspace& FuzzWorkspace::Get()
@@ -50,7 +40,11 @@ FuzzWorkspace::FuzzWorkspace()
     setenv("MORA_TRACE_DEBUGCLIENT_PID", std::to_string(getpid()).c_str(), 1);
     unsetenv("TRACE_XMLDB_DEVICES");
     unsetenv("COMMON_VEXIF");
-    PinRunTimeLibraries();
+    // The device identifier opens these libraries per instance and closes them
+    // again. libFuzzer keeps reading the coverage counters of a library it saw
+    // once, so they stay mapped for the life of the process.
+    for (const char* name : {"libmora_targetdb_parser.so", "libSetupAdapter4.so", "libProbeTargetAdapter.so", "libTraceFactory.so"})
+        dlopen(name, RTLD_NOW | RTLD_NODELETE);
 }
 
 FuzzWorkspace::~FuzzWorkspace()

@@ -25,8 +25,6 @@ public:
     static FuzzWorkspace& Get();
 
     ~FuzzWorkspace();
-    FuzzWorkspace(const FuzzWorkspace&) = delete;
-    FuzzWorkspace& operator=(const FuzzWorkspace&) = delete;
 
     /// <workspace>/<name>, created when missing.
     std::string Folder(const std::string& name) const;

@@ -9,11 +9,7 @@
 
 namespace devid_fuzz {
 
-namespace {
-
 const char kEntry[] = "simboard_reader";
-
-} // namespace
 
 int SimBoardReader(const uint8_t* data, size_t size)
 {

@@ -30,8 +30,7 @@ const Probe kProbes[] = {{"DEVID", 1}, {"DEVID", 2}, {"", 0}};
 
 struct Section {
     bool found = false;
-    uint32_t position = 0;
-    uint32_t length = 0;
+    uint32_t position = 0, length = 0;
     std::string data;
 };
 
@@ -39,10 +38,8 @@ Section ReadSection(TDFHandler& tdf, const std::string& path, const Probe& probe
 {
     Section section;
     try {
-        uint32_t length = 0;
+        uint32_t length = 0, position = 0, positionLength = 0;
         tdf.GetSectionDataLengthInBytes(path.c_str(), probe.name, probe.version, length);
-        uint32_t position = 0;
-        uint32_t positionLength = 0;
         tdf.GetSectionDataPosition(path.c_str(), probe.name, probe.version, position, positionLength);
         DEVID_FUZZ_CHECK(kEntry, positionLength == length, "both lookups agree on the data length");
 
@@ -60,10 +57,7 @@ Section ReadSection(TDFHandler& tdf, const std::string& path, const Probe& probe
         tdf.LoadSectionData(path.c_str(), probe.name, probe.version, head, sizeof head, headRead);
         DEVID_FUZZ_CHECK(kEntry, headRead <= sizeof head, "a short buffer gets the first bytes only");
 
-        section.found = true;
-        section.position = position;
-        section.length = length;
-        section.data.assign(buffer.data(), bytesRead);
+        section = {true, position, length, std::string(buffer.data(), bytesRead)};
     } catch (const HexkitError&) {
         // A file without the section, or not a TDF at all: refused, as it should be.
     }
@@ -89,10 +83,9 @@ int TdfContainer(const uint8_t* data, size_t size)
 
     const char payload[] = "EMU=kmr770\nPORT=0\n";
     try {
-        uint32_t offset = 0;
+        uint32_t offset = 0, sectionLength = 0;
         tdf.SaveSectionHeader(path.c_str(), "FUZZ", 7, offset);
         DEVID_FUZZ_CHECK(kEntry, offset == sizeBefore, "a section is appended at the end");
-        uint32_t sectionLength = 0;
         tdf.SaveSectionData(path.c_str(), "FUZZ", offset, payload, 1, sizeof payload - 1, sectionLength);
     } catch (const HexkitError&) {
         // An offset inside the identifier (a file shorter than 4 bytes) is refused.

@@ -1,11 +1,14 @@
 // What the hardening tests share: a scratch HOME with the process log, device
 // description files of our own, and running a check in a child process,
-// optionally as an unprivileged user so that file permissions bite even for root.
+// optionally as user nobody so that file permissions bite even for root.
 #ifndef DEVID_TESTS_HARDENINGSUPPORT_H
 #define DEVID_TESTS_HARDENINGSUPPORT_H
 
+#include "devid/CDeviceIdentifierImpl.h"
+#include "tdf/TDFHandler.h"
 #include "tests/common/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -14,16 +17,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace devid_test {
 
-/// The user and group that unprivileged checks run as.
-constexpr uid_t kNobody = 65534;
+using ::testing::HasSubstr;
 
 /// A device description of our own with `body` inside the device element.
 inline std::string DeviceFile(const std::string& value, const std::string& body)
@@ -33,21 +37,15 @@ inline std::string DeviceFile(const std::string& value, const std::string& body)
 }
 
 /// Two processors, their modules, sources and routes.
-inline std::string SmallDevice(const std::string& value = "0x1A2B302F")
+inline std::string SmallDevice()
 {
-    return DeviceFile(value, R"( <procs><proc id="core0" kind="Talon" traceid="3"/><proc id="core1" kind="Talon"/></procs>
- <modules>
-  <module id="ETM0" kind="etm" proc="core0"><registers><reg id="CTRL" type="mem" address="0x1000" page="0" addrunit="1" width="32"/></registers></module>
-  <module id="ETF" kind="etf" proc="core0"/><module id="DRM" kind="drm" proc="core0"/>
- </modules>
- <sources>
-  <source id="core0" proc="core0" stmmaster="false"><components><component module="ETM0"/></components></source>
-  <source id="core1" proc="core1" stmmaster="false"/>
- </sources>
- <trace_routes>
-  <route><source source="core0"/><link module="ETM0"/><sink module="ETF"/><pin module="DRM"/></route>
-  <route><source source="core1"/><sink module="ETF"/></route>
- </trace_routes>
+    return DeviceFile("0x1A2B302F", R"( <procs><proc id="core0" kind="Talon" traceid="3"/><proc id="core1" kind="Talon"/></procs>
+ <modules><module id="ETM0" kind="etm" proc="core0"><registers><reg id="CTRL" type="mem" address="0x1000" page="0" addrunit="1" width="32"/></registers></module>
+  <module id="ETF" kind="etf" proc="core0"/><module id="DRM" kind="drm" proc="core0"/></modules>
+ <sources><source id="core0" proc="core0" stmmaster="false"><components><component module="ETM0"/></components></source>
+  <source id="core1" proc="core1" stmmaster="false"/></sources>
+ <trace_routes><route><source source="core0"/><link module="ETM0"/><sink module="ETF"/><pin module="DRM"/></route>
+  <route><source source="core1"/><sink module="ETF"/></route></trace_routes>
 )");
 }
 
@@ -56,6 +54,25 @@ inline std::string SessionText()
 {
     return "EMU=kmr770u\nPORT=0x240\nDEVICEID=0x1a2b302f\nDEVINFO=0x51a00010$core0$JTAG_K~0x51a00020$core1$JTAG_K~\n"
            "OUTFILES=core0$trace_core0.tdf~core1$trace_core1.tdf~\nTRACEID=0x3$core0~\n";
+}
+
+struct TdfSection {
+    std::string name;
+    uint32_t version;
+    std::string data;
+};
+
+/// A new trace data file at `path` holding `sections` in order.
+inline std::string WriteTdf(const std::string& path, const std::vector<TdfSection>& sections)
+{
+    Mora::Lux::Trace::TDFHandler tdf;
+    tdf.CreateTDFFile(path.c_str());
+    for (const TdfSection& section : sections) {
+        uint32_t offset = 0, length = 0;
+        tdf.SaveSectionHeader(path.c_str(), section.name.c_str(), section.version, offset);
+        tdf.SaveSectionData(path.c_str(), section.name.c_str(), offset, section.data.data(), 1, section.data.size(), length);
+    }
+    return path;
 }
 
 /// Text of every log file of this process below `traceFolder`.
@@ -73,22 +90,40 @@ inline std::string ProcessLogIn(const std::string& traceFolder)
     return text;
 }
 
-/// Runs `check` in a child process, as user and group nobody when `dropPrivileges`
-/// is set and this process is root, with its standard output appended to
-/// `output` (when given). The child's gtest failures fail the calling test.
+/// A scratch HOME with the process log at level 1 and no database or board folder.
+class HardeningTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        setenv("HOME", home.path().c_str(), 1);
+        setenv("MORA_TRACE_LOGGING", "1", 1);
+        unsetenv("TRACE_XMLDB_DEVICES");
+        unsetenv("COMMON_VEXIF");
+    }
+    static std::unique_ptr<Mora::Lux::Trace::CDeviceIdentifierImpl> Make()
+    {
+        return std::make_unique<Mora::Lux::Trace::CDeviceIdentifierImpl>();
+    }
+    std::string TraceFolder() const { return home.file(".MORA-trace"); }
+    std::string Log() const { return ProcessLogIn(TraceFolder()); }
+
+    TempDir home;
+    TempDir scratch;
+};
+
+/// Runs `check` in a child process (as user nobody when `dropPrivileges` and
+/// this process is root), its standard output appended to `output` when given.
+/// The child's gtest failures fail the calling test.
 inline void RunInChild(bool dropPrivileges, const std::function<void()>& check, const std::string& output = "")
 {
     std::fflush(stdout);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        if (!output.empty()) {
-            const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
-            if (fd < 0 || dup2(fd, STDOUT_FILENO) < 0)
-                _exit(3);
-        }
-        if (dropPrivileges && geteuid() == 0 &&
-            (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0))
+        const int fd = output.empty() ? STDOUT_FILENO : open(output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
+        const uid_t nobody = 65534;
+        if (dup2(fd, STDOUT_FILENO) < 0 ||
+            (dropPrivileges && geteuid() == 0 && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0)))
             _exit(2);
         check();
         std::fflush(stdout);
@@ -97,14 +132,7 @@ inline void RunInChild(bool dropPrivileges, const std::function<void()>& check, 
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << "the child died of signal " << WTERMSIG(status);
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "the child's checks failed (2: privileges could not be dropped)"
-                                      << (output.empty() ? "" : "; its output:\n" + readFile(output));
-}
-
-/// Lets user nobody into a folder made by root and write there.
-inline void OpenToNobody(const std::string& path)
-{
-    ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the child's checks failed (2: it could not be set up)";
 }
 
 } // namespace devid_test

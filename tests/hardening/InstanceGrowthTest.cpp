@@ -1,18 +1,12 @@
 // A debugger stays open for days: building, using and dropping the device
 // identifier over and over must not make the process grow.
 #include "devid/CDeviceIdentifier.h"
-#include "tests/common/TempDir.h"
 #include "tests/devid/ProcessLog.h"
-
-#include <gtest/gtest.h>
+#include "tests/hardening/HardeningSupport.h"
 
 #include <malloc.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <string>
-#include <unistd.h>
 
 using namespace Mora::Lux::Trace;
 
@@ -30,30 +24,10 @@ constexpr bool kSanitized = false;
 constexpr bool kSanitized = false;
 #endif
 
-const char kDevice[] = R"(<?xml version="1.0"?>
-<database><device id="grebe" value="0x1A2B302F">
- <procs><proc id="core0" kind="Talon" traceid="3"/><proc id="core1" kind="Talon" traceid="4"/></procs>
- <modules>
-  <module id="ETM0" kind="etm" proc="core0"><registers><reg id="CTRL" type="mem" address="0x1000" page="0" addrunit="1" width="32"/></registers>
-   <characteristics><characteristic id="depth" value="8"/></characteristics><mapping id="name.value"><map name="a" value="1"/></mapping></module>
-  <module id="ETM1" kind="etm" proc="core1"/><module id="ETF" kind="etf" proc="core0"/><module id="DRM" kind="drm" proc="core0"/>
- </modules>
- <sources>
-  <source id="core0" proc="core0" stmmaster="false"><components><component module="ETM0"/></components></source>
-  <source id="core1" proc="core1" stmmaster="false"><components><component module="ETM1"/></components></source>
- </sources>
- <trace_routes>
-  <route><source source="core0"/><link module="ETM0"/><sink module="ETF"/><pin module="DRM"/></route>
-  <route><source source="core1"/><sink module="ETF"/></route>
- </trace_routes>
-</device></database>
-)";
-
 long ResidentKilobytes()
 {
     std::ifstream statm("/proc/self/statm");
-    long pages = 0;
-    long resident = 0;
+    long pages = 0, resident = 0;
     statm >> pages >> resident;
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
@@ -76,7 +50,7 @@ TEST(InstanceGrowth, ThousandSessionsDoNotGrowTheProcess)
 {
     devid_test::ProcessLog log;
     devid_test::TempDir db;
-    db.write("device_grebe.xml", kDevice);
+    db.write("device_grebe.xml", devid_test::SmallDevice());
     setenv("TRACE_XMLDB_DEVICES", db.path().c_str(), 1);
     unsetenv("COMMON_VEXIF");
 
@@ -87,12 +61,9 @@ TEST(InstanceGrowth, ThousandSessionsDoNotGrowTheProcess)
         OneSession();
     const size_t heapBefore = mallinfo2().uordblks;
     const long residentBefore = ResidentKilobytes();
-    for (int i = 0; i < sessions; ++i) {
+    for (int i = 0; i < sessions && !HasFatalFailure(); ++i)
         OneSession();
-        if (HasFatalFailure())
-            return;
-    }
-    if (kSanitized)
+    if (kSanitized || HasFatalFailure())
         return;
     const long heapGrowth = static_cast<long>(mallinfo2().uordblks) - static_cast<long>(heapBefore);
     const long residentGrowth = ResidentKilobytes() - residentBefore;

@@ -4,116 +4,80 @@
 #include "common/source/source_utilities/uLogger.h"
 #include "devid/CDeviceIdentifier.h"
 #include "devid/DevIdLog.h"
-#include "tests/common/TempDir.h"
 #include "tests/devid/ProcessLog.h"
-
-#include <gtest/gtest.h>
+#include "tests/hardening/HardeningSupport.h"
 
 #include <atomic>
-#include <chrono>
 #include <random>
-#include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 using namespace Mora::Lux::Trace;
 
 namespace {
 
-std::vector<std::string> Lines(const std::string& text)
+void RunThreads(int threads, const std::function<void(int)>& work)
 {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t)
+        workers.emplace_back(work, t);
+    for (auto& worker : workers)
+        worker.join();
 }
 
-// Walks the instance lines of the log in the order they were written (under
-// the library's lock) and returns how many instances live at the end; fails
-// when a second one is built while one lives, or one dies that was not built.
+// Replays the instance lines of the log (written under the library's lock) and
+// returns how many instances live at the end; fails when a second one is built
+// while one lives, or one dies that was not built.
 int LiveInstancesAtEnd(const std::string& log)
 {
     int live = 0;
-    for (const std::string& line : Lines(log)) {
+    std::istringstream in(log);
+    for (std::string line; std::getline(in, line);) {
         if (line.find("DevId: Creating instance") != std::string::npos) {
-            EXPECT_EQ(live, 0) << "a second instance was built: " << line;
-            ++live;
+            EXPECT_EQ(live++, 0) << "a second instance was built: " << line;
         } else if (line.find("DevId: Deleting instance") != std::string::npos) {
-            EXPECT_EQ(live, 1) << "an instance died that was not alive: " << line;
-            --live;
+            EXPECT_EQ(live--, 1) << "an instance died that was not alive: " << line;
         }
     }
     return live;
 }
 
-// Each thread takes and drops references in a random order of its own, mostly
-// one at a time so that the count often falls to zero while other threads are
-// creating, and keeps `kept` references at the end.
-void CreateAndDestroyAtRandom(int threads, int steps, int kept)
+TEST(ThreadStress, RandomCreatesAndDestroysLeaveOneInstanceWhileReferencedThenNone)
 {
+    devid_test::ProcessLog log;
+    unsetenv("TRACE_XMLDB_DEVICES");
+    unsetenv("COMMON_VEXIF");
+    // The log system itself is made once, before any client thread runs.
+    SetInternalTestMode();
+    const int threads = 8;
     std::atomic<int> ready{0};
-    std::vector<std::thread> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.emplace_back([&, t] {
-            std::mt19937 random(1234u + static_cast<unsigned>(t));
-            std::vector<CDeviceIdentifier*> held;
-            for (++ready; ready.load() < threads;)
-                std::this_thread::yield();
-            for (int step = 0; step < steps; ++step) {
-                if (held.empty() || (held.size() < 3 && random() % 4 == 0)) {
-                    CDeviceIdentifier* instance = CreateDeviceIdentifier();
-                    ASSERT_NE(instance, nullptr);
-                    if (!held.empty()) {
-                        EXPECT_EQ(instance, held.front()) << "two live instances";
-                    }
-                    held.push_back(instance);
-                } else {
-                    DestroyDeviceIdentifier(held.back(), false);
-                    held.pop_back();
-                }
-                // Pauses let the count fall to zero between bursts of calls.
-                if (random() % 2 == 0)
-                    std::this_thread::sleep_for(std::chrono::microseconds(random() % 300));
-            }
-            const std::size_t keep = t < kept ? 1 : 0;
-            if (held.size() < keep)
-                held.push_back(CreateDeviceIdentifier());
-            while (held.size() > keep) {
+    // Mostly one reference at a time, with random pauses empty-handed, so the
+    // count often falls to zero while other threads are creating; three threads keep one.
+    RunThreads(threads, [&](int t) {
+        std::mt19937 random(1234u + static_cast<unsigned>(t));
+        std::vector<CDeviceIdentifier*> held;
+        for (++ready; ready.load() < threads;)
+            std::this_thread::yield();
+        for (int step = 0; step < 300; ++step) {
+            if (held.empty() || (held.size() < 3 && random() % 4 == 0)) {
+                CDeviceIdentifier* instance = CreateDeviceIdentifier();
+                ASSERT_NE(instance, nullptr);
+                EXPECT_TRUE(held.empty() || instance == held.front()) << "two live instances";
+                held.push_back(instance);
+            } else {
                 DestroyDeviceIdentifier(held.back(), false);
                 held.pop_back();
             }
-        });
-    }
-    for (auto& worker : workers)
-        worker.join();
-}
-
-class ThreadStress : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        unsetenv("TRACE_XMLDB_DEVICES");
-        unsetenv("COMMON_VEXIF");
-        // The log system itself is made once, before any client thread runs.
-        SetInternalTestMode();
-    }
-    devid_test::ProcessLog log;
-};
-
-TEST_F(ThreadStress, RandomCreatesAndDestroysLeaveNoInstance)
-{
-    CreateAndDestroyAtRandom(8, 300, 0);
-    EXPECT_EQ(LiveInstancesAtEnd(log.text()), 0);
-    // The count must have fallen to zero and risen again many times.
-    EXPECT_GT(log.count("DevId: Creating instance"), 5u);
-}
-
-TEST_F(ThreadStress, RandomCreatesAndDestroysLeaveOneInstanceWhileReferenced)
-{
-    CreateAndDestroyAtRandom(8, 300, 3);
+            if (held.empty())
+                std::this_thread::sleep_for(std::chrono::microseconds(random() % 300));
+        }
+        const std::size_t keep = t < 3 ? 1 : 0;
+        if (held.size() < keep)
+            held.push_back(CreateDeviceIdentifier());
+        for (; held.size() > keep; held.pop_back())
+            DestroyDeviceIdentifier(held.back(), false);
+    });
     EXPECT_EQ(LiveInstancesAtEnd(log.text()), 1);
+    EXPECT_GT(log.count("DevId: Creating instance"), 5u) << "the count should have fallen to zero many times";
 
     // Three references remain; the last of three destroys ends the instance.
     CDeviceIdentifier* instance = CreateDeviceIdentifier();
@@ -124,91 +88,62 @@ TEST_F(ThreadStress, RandomCreatesAndDestroysLeaveOneInstanceWhileReferenced)
     EXPECT_EQ(LiveInstancesAtEnd(log.text()), 0);
 }
 
-// Parses "M      | <thread> <sequence> <x...>"; false when the line is not
-// exactly that shape (std::regex recurses per character on long lines).
-bool ParseStressLine(const std::string& line, int& thread, int& sequence, std::size_t& payload)
-{
-    const std::string prefix = "M      | ";
-    if (line.compare(0, prefix.size(), prefix) != 0)
-        return false;
-    std::istringstream fields(line.substr(prefix.size()));
-    std::string rest;
-    if (!(fields >> thread >> sequence) || fields.get() != ' ')
-        return false;
-    std::getline(fields, rest);
-    payload = rest.size();
-    return rest.find_first_not_of('x') == std::string::npos;
-}
-
-// Every line is the writer's whole line: its prefix, its thread's text and
-// the full payload, with nothing of another line inside.
-void ExpectWholeLines(const std::string& text, int threads, int perThread, std::size_t longest)
+// Every line "<prefix>| <thread> <sequence> <x...>" is the writer's whole line:
+// its thread's text and the full payload (cut only at the 4,096-byte line
+// buffer), in the thread's order, none missing, nothing of another line inside.
+void ExpectWholeLines(const std::string& text, const std::string& prefix, int threads, int perThread, std::size_t longest)
 {
     std::vector<int> next(threads, 0);
     int total = 0;
-    for (const std::string& line : Lines(text)) {
-        if (line.find("| ") == std::string::npos)
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        // The logger's own lines start with the prefix; the process log's follow a time stamp.
+        const bool anchored = prefix[0] != ' ';
+        const std::size_t bar = line.find(prefix);
+        if (line.find("| ") == std::string::npos || (!anchored && bar == std::string::npos))
             continue;
-        int thread = -1;
-        int sequence = -1;
-        std::size_t payload = 0;
-        ASSERT_TRUE(ParseStressLine(line, thread, sequence, payload)) << "broken line: " << line.substr(0, 120);
-        ASSERT_TRUE(thread >= 0 && thread < threads);
+        ASSERT_TRUE(bar == 0 || (!anchored && bar != std::string::npos)) << "broken line: " << line.substr(0, 120);
+        std::istringstream fields(line.substr(bar + prefix.size()));
+        int thread = -1, sequence = -1;
+        std::string payload;
+        ASSERT_TRUE((fields >> thread >> sequence) && fields.get() == ' ') << "broken line: " << line.substr(0, 120);
+        std::getline(fields, payload);
+        ASSERT_TRUE(thread >= 0 && thread < threads && payload.find_first_not_of('x') == std::string::npos)
+            << "broken line: " << line.substr(0, 120);
         EXPECT_EQ(sequence, next[thread]++) << "lines of one thread out of order";
-        // Payloads beyond the line buffer are cut, never continued elsewhere.
         const std::size_t wanted = static_cast<std::size_t>(sequence * 97) % longest;
-        EXPECT_TRUE(payload == wanted || (payload < wanted && line.size() == 4094))
-            << "payload of " << payload << " instead of " << wanted;
+        EXPECT_TRUE(payload.size() == wanted || (payload.size() < wanted && line.size() >= 4094))
+            << "payload of " << payload.size() << " instead of " << wanted;
         ++total;
     }
     EXPECT_EQ(total, threads * perThread);
 }
 
+std::string Payload(int i, std::size_t longest)
+{
+    return std::string(static_cast<std::size_t>(i * 97) % longest, 'x');
+}
+
 TEST(LoggerStress, LinesFromManyThreadsStayWhole)
 {
     devid_test::TempDir dir;
-    MORA_LUX::uLogger logger(dir.file("stress.txt").c_str(), true);
-    const int threads = 8;
-    const int perThread = 300;
-    const std::size_t longest = 6000;
-    std::vector<std::thread> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.emplace_back([&, t] {
-            for (int i = 0; i < perThread; ++i)
-                logger.Log(1, MORA_LUX::uLogger::TD_NONE, "| %d %d %s", t, i,
-                           std::string(static_cast<std::size_t>(i * 97) % longest, 'x').c_str());
+    {
+        MORA_LUX::uLogger logger(dir.file("stress.txt").c_str(), true);
+        RunThreads(8, [&](int t) {
+            for (int i = 0; i < 300; ++i)
+                logger.Log(1, MORA_LUX::uLogger::TD_NONE, "| %d %d %s", t, i, Payload(i, 6000).c_str());
         });
     }
-    for (auto& worker : workers)
-        worker.join();
-    ExpectWholeLines(devid_test::readFile(dir.file("stress.txt")), threads, perThread, longest);
-}
+    ExpectWholeLines(devid_test::readFile(dir.file("stress.txt")), "M      | ", 8, 300, 6000);
 
-TEST(LoggerStress, ProcessLogFromManyThreadsStaysWhole)
-{
+    // The process log's lines carry a time stamp before the same text.
     devid_test::ProcessLog log;
     DestroyDeviceIdentifier(CreateDeviceIdentifier(), false);
-    const int threads = 6;
-    const int perThread = 200;
-    const std::size_t longest = 3000;
-    std::vector<std::thread> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.emplace_back([&, t] {
-            for (int i = 0; i < perThread; ++i)
-                DevIdLog(1, "| %d %d %s", t, i, std::string(static_cast<std::size_t>(i * 97) % longest, 'x').c_str());
-        });
-    }
-    for (auto& worker : workers)
-        worker.join();
-
-    // Process log lines carry a time stamp; strip it to the same shape.
-    std::string text;
-    for (const std::string& line : Lines(log.text())) {
-        const std::size_t bar = line.find(" | ");
-        if (bar != std::string::npos && line.find("| ", bar + 3) == bar + 3)
-            text += "M      " + line.substr(bar + 3) + "\n";
-    }
-    ExpectWholeLines(text, threads, perThread, longest);
+    RunThreads(6, [&](int t) {
+        for (int i = 0; i < 200; ++i)
+            DevIdLog(1, "| %d %d %s", t, i, Payload(i, 3000).c_str());
+    });
+    ExpectWholeLines(log.text(), " | | ", 6, 200, 3000);
 }
 
 } // namespace
