@@ -26,8 +26,7 @@ struct Json {
     bool has(const std::string& key) const { return find(key) != nullptr; }
     const Json& operator[](const std::string& key) const
     {
-        const Json* value = find(key);
-        return value != nullptr ? *value : throw std::out_of_range("no member " + key);
+        return find(key) != nullptr ? *find(key) : throw std::out_of_range("no member " + key);
     }
     const Json& operator[](std::size_t index) const { return items.at(index); }
     std::size_t size() const { return type == Type::Array ? items.size() : members.size(); }
@@ -96,11 +95,9 @@ private:
         } else if (m_pos < m_text.size() && m_text[m_pos] == '"') {
             value.type = Json::Type::String;
             value.text = String();
-        } else if (Word("true")) {
+        } else if (Word("true") || Word("false")) {
             value.type = Json::Type::Bool;
-            value.boolean = true;
-        } else if (Word("false")) {
-            value.type = Json::Type::Bool;
+            value.boolean = m_text.compare(m_pos - 4, 4, "true") == 0;
         } else if (!Word("null")) {
             const char* start = m_text.c_str() + m_pos;
             char* end = nullptr;
@@ -127,26 +124,22 @@ private:
                 out += c;
                 continue;
             }
-            Need(m_pos < m_text.size());
             const char* escapes = "\"\\/bfnrt";
             const char* known = std::strchr(escapes, m_text[m_pos++]);
             if (known != nullptr && *known != '\0') {
                 out += "\"\\/\b\f\n\r\t"[known - escapes];
                 continue;
             }
+            // Only control characters and single bytes taken as Latin-1 are written as \u.
             const std::string hex = m_text.substr(m_pos, 4);
-            Need(m_text[m_pos - 1] == 'u' && hex.size() == 4 &&
-                 hex.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos);
+            Need(m_text[m_pos - 1] == 'u' && hex.size() == 4 && hex.compare(0, 2, "00") == 0 &&
+                 hex.find_first_not_of("0123456789abcdef") == std::string::npos);
             m_pos += 4;
             const unsigned code = static_cast<unsigned>(std::stoul(hex, nullptr, 16));
-            Need(code < 0xD800 || code > 0xDFFF);
             if (code < 0x80)
                 out += static_cast<char>(code);
-            else if (code < 0x800)
-                out += {static_cast<char>(0xC0 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
             else
-                out += {static_cast<char>(0xE0 | (code >> 12)), static_cast<char>(0x80 | ((code >> 6) & 0x3F)),
-                        static_cast<char>(0x80 | (code & 0x3F))};
+                out += {static_cast<char>(0xC0 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
         }
     }
 

@@ -92,12 +92,12 @@ public:
     TempDir scratch;
 };
 
-inline const Json* FindBy(const Json& list, const std::string& key, const std::string& value)
+inline const Json& FindBy(const Json& list, const std::string& key, const std::string& value)
 {
     for (const Json& item : list.items)
         if (item[key].text == value)
-            return &item;
-    return nullptr;
+            return item;
+    throw std::out_of_range("no " + key + " " + value);
 }
 
 } // namespace devid_test
