@@ -37,9 +37,8 @@ protected:
 
 TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
 {
-    const std::string lockedDb = scratch.file("lockeddb");
     scratch.write("lockeddb/device_grebe.xml", SmallDevice());
-    Lock(lockedDb);
+    const std::string lockedDb = Lock(scratch.file("lockeddb"));
     const std::string db = scratch.file("db");
     scratch.write("db/device_b.xml", SmallDevice());
     const std::string lockedDevice = Lock(scratch.write("db/device_a.xml", SmallDevice()));
@@ -69,12 +68,9 @@ TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
         EXPECT_FALSE(simboard.ok);
         EXPECT_THAT(simboard.description, HasSubstr("simboard.xml"));
 
-        const std::string log = Log();
-        EXPECT_THAT(log, HasSubstr("DevId: No XML file found."));
-        EXPECT_THAT(log, HasSubstr("DevId: Cannot read " + lockedDevice + " as XML; skipped."));
-        EXPECT_THAT(log, HasSubstr("Devid: error loading settings from " + dim));
-        EXPECT_THAT(log, HasSubstr(tdf + " is not a TDF file"));
-        EXPECT_THAT(log, HasSubstr("DevId: Cannot open kmralias.cfg file"));
+        for (const std::string& line : std::vector<std::string>{"DevId: No XML file found.", "DevId: Cannot read " + lockedDevice + " as XML; skipped.",
+                                         "Devid: error loading settings from " + dim, tdf + " is not a TDF file", "DevId: Cannot open kmralias.cfg file"})
+            EXPECT_THAT(Log(), HasSubstr(line));
     });
 }
 
@@ -102,9 +98,8 @@ TEST_F(Environment, ReadOnlyOrMissingHomeStillAnswersAndReportsWhatItCannotSave)
         setenv("MORA_TRACE_LOGGING", "2", 1);
         answersButCannotSave();
     }, output);
-    const std::string printed = readFile(output);
-    EXPECT_THAT(printed, HasSubstr("DevId: Cannot open file " + home.path() + "/.MORA-trace/run1.dim"));
-    EXPECT_THAT(printed, HasSubstr("Devid: Cannot open temporary file"));
+    EXPECT_THAT(readFile(output), AllOf(HasSubstr("DevId: Cannot open file " + home.path() + "/.MORA-trace/run1.dim"),
+                                        HasSubstr("Devid: Cannot open temporary file")));
 
     // With no HOME the log is written in the working folder.
     const std::string work = scratch.file("work");
@@ -113,9 +108,8 @@ TEST_F(Environment, ReadOnlyOrMissingHomeStillAnswersAndReportsWhatItCannotSave)
         unsetenv("HOME");
         ASSERT_EQ(chdir(work.c_str()), 0);
         answersButCannotSave();
-        const std::string log = ProcessLogIn(work);
-        EXPECT_THAT(log, HasSubstr("DevId: Cannot open file /run1.dim"));
-        EXPECT_THAT(log, HasSubstr("Devid: failed to read environment variable \"HOME\""));
+        EXPECT_THAT(ProcessLogIn(work),
+                    AllOf(HasSubstr("DevId: Cannot open file /run1.dim"), HasSubstr("Devid: failed to read environment variable \"HOME\"")));
     });
 }
 

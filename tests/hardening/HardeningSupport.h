@@ -20,20 +20,16 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <memory>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace devid_test {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
-/// A device description of our own with `body` inside the device element.
 inline std::string DeviceFile(const std::string& value, const std::string& body)
 {
-    return "<?xml version=\"1.0\"?>\n<database>\n<device id=\"grebe\" value=\"" + value + "\">\n" + body +
-           "</device>\n</database>\n";
+    return "<?xml version=\"1.0\"?>\n<database>\n<device id=\"grebe\" value=\"" + value + "\">\n" + body + "</device>\n</database>\n";
 }
 
 /// Two processors, their modules, sources and routes.
@@ -78,15 +74,12 @@ inline std::string WriteTdf(const std::string& path, const std::vector<TdfSectio
 /// Text of every log file of this process below `traceFolder`.
 inline std::string ProcessLogIn(const std::string& traceFolder)
 {
-    const std::string suffix = "_" + std::to_string(getpid()) + ".txt";
+    const std::string name = "_" + std::to_string(getpid()) + ".txt";
     std::string text;
     std::error_code none;
-    for (const auto& entry : std::filesystem::directory_iterator(traceFolder, none)) {
-        const std::string name = entry.path().filename().string();
-        if (name.rfind("mora_trace_log_", 0) == 0 && name.size() > suffix.size() &&
-            name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+    for (const auto& entry : std::filesystem::directory_iterator(traceFolder, none))
+        if (entry.path().filename().string().find(name) != std::string::npos)
             text += readFile(entry.path().string());
-    }
     return text;
 }
 
@@ -100,10 +93,7 @@ protected:
         unsetenv("TRACE_XMLDB_DEVICES");
         unsetenv("COMMON_VEXIF");
     }
-    static std::unique_ptr<Mora::Lux::Trace::CDeviceIdentifierImpl> Make()
-    {
-        return std::make_unique<Mora::Lux::Trace::CDeviceIdentifierImpl>();
-    }
+    static auto Make() { return std::make_unique<Mora::Lux::Trace::CDeviceIdentifierImpl>(); }
     std::string TraceFolder() const { return home.file(".MORA-trace"); }
     std::string Log() const { return ProcessLogIn(TraceFolder()); }
 
