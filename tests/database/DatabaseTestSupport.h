@@ -31,20 +31,11 @@ inline std::size_t CountOf(const std::string& text, const std::string& part)
     return count;
 }
 
-inline std::vector<std::string> Names(const std::vector<CModuleInfo*>& modules)
-{
-    std::vector<std::string> names;
-    for (CModuleInfo* module : modules)
-        names.push_back(module->GetName());
-    return names;
-}
-
 /// No board is configured, so nothing asks a target and processor names stay as the files give them.
 class DatabaseTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(db.path().empty());
         setenv("TRACE_XMLDB_DEVICES", db.path().c_str(), 1);
         setenv("MORA_TRACE_LOGGING", "1", 1);
         setenv("MORA_TRACE_DEBUGCLIENT_PID", std::to_string(getpid()).c_str(), 1);

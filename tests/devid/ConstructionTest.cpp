@@ -42,9 +42,8 @@ TEST(Construction, LogFileDirectoriesAndAStaleClientPidAreSetOncePerProcess)
     const std::string own = std::to_string(getpid());
     EXPECT_EQ(Env("MORA_TRACE_DEBUGCLIENT_PID"), own);
     EXPECT_EQ(log.path(), log.traceDirectory() + "/" + ExpectedLogName(own));
-    EXPECT_EQ(Env("MORA_TRACE_LOGGING_DIR"), log.traceDirectory());
-    EXPECT_EQ(Env("MORA_TRACE_DATA_DIR"), log.traceDirectory() + "/data");
-    EXPECT_EQ(Env("MORA_TRACE_SETTINGS_DIR"), log.traceDirectory() + "/settings");
+    EXPECT_EQ(Env("MORA_TRACE_LOGGING_DIR") + " " + Env("MORA_TRACE_DATA_DIR") + " " + Env("MORA_TRACE_SETTINGS_DIR"),
+              log.traceDirectory() + " " + log.traceDirectory() + "/data " + log.traceDirectory() + "/settings");
 
     unsetenv("MORA_TRACE_DATA_DIR");
     { CDeviceIdentifierImpl second; }

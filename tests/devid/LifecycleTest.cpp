@@ -18,8 +18,7 @@ TEST(Lifecycle, CountedSharingForcedDestroyAndAForeignPointer)
 {
     devid_test::ProcessLog log;
     CDeviceIdentifier* first = CreateDeviceIdentifier();
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(CreateDeviceIdentifier(), first);
+    ASSERT_TRUE(first != nullptr && CreateDeviceIdentifier() == first);
     DestroyDeviceIdentifier(first, false);
     EXPECT_EQ(log.count(kDeleted), 0u);
     TmpDestroyDeviceIdentifier(first, false);

@@ -4,8 +4,6 @@
 #ifndef DEVID_TESTS_SANITIZERBUILD_H
 #define DEVID_TESTS_SANITIZERBUILD_H
 
-#include <cstdlib>
-
 namespace devid_test {
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -19,13 +17,6 @@ constexpr bool kAddressSanitizer = false;
 #else
 constexpr bool kAddressSanitizer = false;
 #endif
-
-/// False when the sibling libraries cannot be found by their short names.
-inline bool SiblingsLoadable()
-{
-    const char* path = std::getenv("LD_LIBRARY_PATH");
-    return !kAddressSanitizer || (path != nullptr && *path != '\0');
-}
 
 } // namespace devid_test
 

@@ -42,11 +42,9 @@ TEST(AliasFileTest, SectionsAndEntries)
     auto identifier = board.identifier();
     const auto& families = identifier->GetFamilies();
     ASSERT_EQ(families.size(), 3u);
-    EXPECT_EQ(families[0].id, 0x51A00010u);
-    EXPECT_EQ(families[1].id, 15u);
-    EXPECT_EQ(families[1].family, "Talon");
-    EXPECT_EQ(families[2].id, 0xFFFFFFFFu);
-    EXPECT_EQ(families[2].family, "Corvid");
+    EXPECT_EQ((std::vector<uint32_t>{families[0].id, families[1].id, families[2].id}),
+              (std::vector<uint32_t>{0x51A00010u, 15u, 0xFFFFFFFFu}));
+    EXPECT_EQ(families[1].family + " " + families[2].family, "Talon Corvid");
 }
 
 } // namespace

@@ -37,10 +37,7 @@ protected:
     std::string convert(uint32_t idValue, const std::string& reg = "", int32_t traceId = 0)
     {
         CProcIdentifier proc;
-        proc.kind = "tALON";
-        proc.procName = "db_core";
-        proc.idValue = idValue;
-        proc.traceId = traceId;
+        proc.kind = "tALON", proc.procName = "db_core", proc.idValue = idValue, proc.traceId = traceId;
         if (!reg.empty()) {
             proc.idRegister = std::make_unique<CRegisterInfoImpl>("ID");
             if (reg[0] == '@') {
@@ -58,7 +55,7 @@ protected:
     std::unique_ptr<Mora::Lux::Trace::CDeviceIdentifierImpl> identifier;
 };
 
-TEST_F(ProcNameConversionTest, TraceIdRegisterOrMemoryWord)
+TEST_F(ProcNameConversionTest, ByTraceIdRegisterMemoryWordOrGuess)
 {
     EXPECT_EQ(convert(99, "CORE_ID", 3), "TALON_0");
     EXPECT_EQ(board.logged("Target adapter instance for TALON_0"), 0);
@@ -66,10 +63,8 @@ TEST_F(ProcNameConversionTest, TraceIdRegisterOrMemoryWord)
     EXPECT_EQ(convert(0x51510001, "@0xE00FF000"), "TALON_1");
     // TALON_9 holds this value but sits behind another router; no candidate matches and none is guessed.
     EXPECT_EQ(convert(2, "CORE_ID"), "db_core");
-}
 
-TEST_F(ProcNameConversionTest, GuessesEndWithTheLastCandidate)
-{
+    // Without identifying data every candidate is tried as a guess; the last one stays.
     EXPECT_EQ(convert(0), "TALON_1");
     EXPECT_EQ(board.logged("DevId: No defined infomration is found. Guess: Convert db_core to TALON_0 "), 1);
     EXPECT_EQ(board.logged("DevId: No defined infomration is found. Guess: Convert TALON_0 to TALON_1 "), 1);

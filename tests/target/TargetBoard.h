@@ -61,10 +61,9 @@ public:
     }
     int logged(const std::string& line) const
     {
-        const std::string text = log();
         int n = 0;
-        for (std::size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1))
-            ++n;
+        for (std::string text = log(); text.find(line) != std::string::npos; ++n)
+            text.erase(0, text.find(line) + 1);
         return n;
     }
 
