@@ -31,6 +31,17 @@ bool WriteText(const std::string& path, const std::string& text, std::string& er
     return static_cast<bool>(out);
 }
 
+// Removes whatever an earlier run left in `folder` and creates it afresh.
+bool MakeEmptyFolder(const std::string& folder, std::string& error)
+{
+    std::error_code failure;
+    fs::remove_all(folder, failure);
+    fs::create_directories(folder, failure);
+    if (failure)
+        error = "cannot create " + folder + ": " + failure.message();
+    return !failure;
+}
+
 std::string HexId(uint32_t id)
 {
     char text[16];
@@ -77,17 +88,13 @@ std::string BenchData::LargeDeviceFolder(std::string& error)
     if (!m_largeFolder.empty())
         return m_largeFolder;
     const std::string folder = m_root + "/large";
-    std::error_code failure;
-    fs::remove_all(folder, failure);
-    fs::create_directories(folder, failure);
-    if (failure) {
-        error = "cannot create " + folder + ": " + failure.message();
+    if (!MakeEmptyFolder(folder, error))
         return "";
-    }
     const std::string path = folder + "/device_large.xml";
     if (!WriteText(path, DatabaseGenerator::DescribeDevice("large", kLargeId, DatabaseGenerator::LargeDevice()),
                    error))
         return "";
+    std::error_code failure;
     std::cerr << "bench data: " << path << ", " << fs::file_size(path, failure) / 1024 << " KiB\n";
     m_largeFolder = folder;
     return m_largeFolder;
@@ -142,13 +149,8 @@ std::string BenchData::LogFolder(std::string& error)
     if (!m_logFolder.empty())
         return m_logFolder;
     const std::string folder = m_root + "/logs";
-    std::error_code failure;
-    fs::remove_all(folder, failure);
-    fs::create_directories(folder, failure);
-    if (failure) {
-        error = "cannot create " + folder + ": " + failure.message();
+    if (!MakeEmptyFolder(folder, error))
         return "";
-    }
     m_logFolder = folder;
     return m_logFolder;
 }
