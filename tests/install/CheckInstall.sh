@@ -24,9 +24,12 @@ cmake --build "$work/cmake-client" >/dev/null
 
 echo "== pkg-config"
 export PKG_CONFIG_PATH=$libdir/pkgconfig
-# shellcheck disable=SC2046,SC2086  # flag lists split into words on purpose
-"$cxx" -std=c++17 $flags $(pkg-config --cflags devid) "$client/InstalledClient.cpp" \
-  -o "$work/pc-client" $(pkg-config --libs devid) -Wl,-rpath,"$(pkg-config --variable=libdir devid)"
+# Most 32-bit programs build with 64-bit file offsets, so a second copy does.
+for offsets in "" -D_FILE_OFFSET_BITS=64; do
+  # shellcheck disable=SC2046,SC2086  # flag lists split into words on purpose
+  "$cxx" -std=c++17 $flags $offsets $(pkg-config --cflags devid) "$client/InstalledClient.cpp" \
+    -o "$work/pc-client${offsets:+-lfs}" $(pkg-config --libs devid) -Wl,-rpath,"$(pkg-config --variable=libdir devid)"
+done
 
 # The sanitizer runtime hides libdevid's run path from dlopen, so that build
 # names the installed folder; every other build finds it without help.
@@ -38,9 +41,10 @@ export HOME=$work/home TRACE_XMLDB_DEVICES=$prefix/share/devid/examples/db \
 mkdir -p "$HOME"
 expected="routes 7, first talon0 -> K_ETB
 TDF: TDF file extension must be .tdf.
-0x1F = 31"
+0x1F = 31
+position 4"
 status=0
-for program in "$work/cmake-client/installed_client" "$work/pc-client"; do
+for program in "$work/cmake-client/installed_client" "$work/pc-client" "$work/pc-client-lfs"; do
   actual=$("$program" 2>&1) || true
   if [ "$actual" != "$expected" ]; then
     printf '%s printed:\n%s\nexpected:\n%s\n' "$program" "$actual" "$expected"

@@ -1,3 +1,6 @@
+// Both position types are named here, and each has its own stdio calls:
+// the 64-bit offset switch would rename fgetpos and fsetpos to their 64-bit forms.
+#undef _FILE_OFFSET_BITS
 #include "common/source/source_utilities/uFile.h"
 
 #include <cstring>
@@ -50,16 +53,28 @@ bool uFile::IsOpen() const
     return m_open;
 }
 
-bool uFile::SetPosition(const fpos_t& position)
+bool uFile::SetPosition(const __fpos_t& position)
 {
     uMutexGuard guard(m_lock);
     return m_stream != nullptr && std::fsetpos(m_stream, &position) == 0;
 }
 
-bool uFile::GetPosition(fpos_t& position)
+bool uFile::GetPosition(__fpos_t& position)
 {
     uMutexGuard guard(m_lock);
     return m_stream != nullptr && std::fgetpos(m_stream, &position) == 0;
+}
+
+bool uFile::SetPosition(const __fpos64_t& position)
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && ::fsetpos64(m_stream, &position) == 0;
+}
+
+bool uFile::GetPosition(__fpos64_t& position)
+{
+    uMutexGuard guard(m_lock);
+    return m_stream != nullptr && ::fgetpos64(m_stream, &position) == 0;
 }
 
 bool uFile::SeekToBegin()
@@ -82,10 +97,10 @@ int64_t uFile::GetSize()
     uMutexGuard guard(m_lock);
     if (m_stream == nullptr)
         return 0;
-    fpos_t current;
-    fpos_t end;
-    if (std::fgetpos(m_stream, &current) != 0 || std::fseek(m_stream, 0, SEEK_END) != 0 ||
-        std::fgetpos(m_stream, &end) != 0 || std::fsetpos(m_stream, &current) != 0)
+    __fpos64_t current;
+    __fpos64_t end;
+    if (::fgetpos64(m_stream, &current) != 0 || std::fseek(m_stream, 0, SEEK_END) != 0 ||
+        ::fgetpos64(m_stream, &end) != 0 || ::fsetpos64(m_stream, &current) != 0)
         return 0;
     return DifferenceFILEPOS(end, current);
 }
@@ -179,15 +194,41 @@ const char* uFile::GetOpenMode() const
     return m_mode;
 }
 
-void uFile::ZeroFILEPOS(fpos_t& position)
+namespace {
+
+template <typename Position>
+void Zero(Position& position)
 {
     std::memset(&position, 0, sizeof position);
 }
 
-long long uFile::DifferenceFILEPOS(fpos_t a, fpos_t b)
+// glibc keeps the byte offset of a position in __pos.
+template <typename Position>
+long long Difference(const Position& a, const Position& b)
 {
-    // glibc keeps the byte offset of a position in __pos.
     return static_cast<long long>(a.__pos) - static_cast<long long>(b.__pos);
+}
+
+} // namespace
+
+void uFile::ZeroFILEPOS(__fpos_t& position)
+{
+    Zero(position);
+}
+
+void uFile::ZeroFILEPOS(__fpos64_t& position)
+{
+    Zero(position);
+}
+
+long long uFile::DifferenceFILEPOS(__fpos_t a, __fpos_t b)
+{
+    return Difference(a, b);
+}
+
+long long uFile::DifferenceFILEPOS(__fpos64_t a, __fpos64_t b)
+{
+    return Difference(a, b);
 }
 
 } // namespace MORA_LUX

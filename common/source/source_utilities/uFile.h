@@ -31,9 +31,13 @@ public:
     bool Close();
     bool IsOpen() const;
 
-    /// False when not open or the call fails.
-    bool SetPosition(const fpos_t& position);
-    bool GetPosition(fpos_t& position);
+    /// False when not open or the call fails. Both position types are
+    /// exported, so a client built with or without _FILE_OFFSET_BITS=64
+    /// links; with the 32-bit type a 32-bit client stops at 2 GiB.
+    bool SetPosition(const __fpos_t& position);
+    bool GetPosition(__fpos_t& position);
+    bool SetPosition(const __fpos64_t& position);
+    bool GetPosition(__fpos64_t& position);
     bool SeekToBegin();
     bool SeekToEnd();
     /// Bytes from the current position to the end; 0 when a step fails.
@@ -64,9 +68,11 @@ public:
     const char* GetPath() const;
     const char* GetOpenMode() const;
 
-    static void ZeroFILEPOS(fpos_t& position);
+    static void ZeroFILEPOS(__fpos_t& position);
+    static void ZeroFILEPOS(__fpos64_t& position);
     /// a - b as byte offsets.
-    static long long DifferenceFILEPOS(fpos_t a, fpos_t b);
+    static long long DifferenceFILEPOS(__fpos_t a, __fpos_t b);
+    static long long DifferenceFILEPOS(__fpos64_t a, __fpos64_t b);
 
 private:
     bool m_open;

@@ -1,4 +1,5 @@
 // A debugger-side client built from nothing but the installed headers and libraries.
+#include "common/source/source_utilities/uFile.h"
 #include "common/source/source_utilities/uString.h"
 #include "devid/CDeviceIdentifier.h"
 #include "devid/target/HexkitError.h"
@@ -7,7 +8,7 @@
 #include <cstdio>
 #include <vector>
 
-int main()
+int main(int, char** argv)
 {
     using namespace Mora::Lux::Trace;
     CDeviceIdentifier* identifier = CreateDeviceIdentifier();
@@ -30,5 +31,15 @@ int main()
         std::printf("TDF: %s\n", error.what());
     }
     std::printf("0x1F = %u\n", MORA_LUX::uString::ToNumeric<unsigned int>("0x1F"));
+
+    // fpos_t is another type under _FILE_OFFSET_BITS=64; the client links either way.
+    MORA_LUX::uFile self(argv[0], "rb");
+    fpos_t start;
+    fpos_t after;
+    char magic[4];
+    if (self.Open() && self.GetPosition(start) && self.Read(magic, sizeof magic) == sizeof magic &&
+        self.GetPosition(after) && self.SeekToEnd() && self.SetPosition(after))
+        std::printf("position %lld\n", MORA_LUX::uFile::DifferenceFILEPOS(after, start));
+    self.Close();
     return 0;
 }
