@@ -79,6 +79,33 @@ TEST(QueryCommands, DotOutputRendersWithGraphviz)
     EXPECT_NE(readFile(dot + ".svg").find("<svg"), std::string::npos);
 }
 
+TEST(QueryCommands, CompletionAsksTheToolForProcessorNames)
+{
+    ToolRunner tool;
+    EXPECT_EQ(tool.RunOnExample({"procs", "--names"}).out, "talon0\ntalon1\nquill0\nwisp0\ngannet0\nfinch0\n");
+    ASSERT_EQ(tool.RunOnExample({"save", "run1"}).status, 0);
+    tool.scratch.write("emptyboard/.keep", "");
+    // bash-completion's own helpers are stubbed: only our script runs.
+    const std::string script = tool.scratch.write("complete.sh", R"(
+_init_completion() { words=("${COMP_WORDS[@]}"); cword=$COMP_CWORD; cur=${words[cword]}; prev=${words[cword - 1]}; }
+_filedir() { :; }
+source ")" DEVID_SOURCE_DIR R"(/completion/devid.bash"
+line() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=(); _devid; echo "${COMPREPLY[*]}"; }
+devid=)" DEVID_BUILD_DIR R"(/bin/devid db=$1 board=$2
+line $devid proc --db $db --board $board t
+line $devid --board $board routes --db $db --proc ""
+line $devid proc --board emptyboard ""
+line $devid load run1 --db $db --board emptyboard proc q
+)");
+    const std::string command = "cd '" + tool.scratch.path() + "' && HOME='" + tool.home() + "' timeout 60 bash '" +
+                                script + "' '" + kExampleDb + "' '" + kExampleBoard + "' >out.txt 2>err.txt";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(readFile(tool.scratch.file("out.txt")),
+              "talon0 talon1\ntalon0 talon1 quill0 wisp0 gannet0 finch0\n\nquill0\n")
+        << "no names without a board, but a saved configuration needs none";
+    EXPECT_EQ(readFile(tool.scratch.file("err.txt")), "") << "completion stays quiet";
+}
+
 TEST(QueryCommands, EachFailureHasItsExitStatusAndErrorCode)
 {
     ToolRunner tool;
