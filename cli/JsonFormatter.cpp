@@ -60,7 +60,7 @@ Json Module(const ModuleView& module)
 
 Json Route(const RouteView& route)
 {
-    // A route without a sink or DRM module names an empty one.
+    // The view leaves the name empty where the route has no sink or DRM module.
     const auto end = [](const ModuleRef& ref) { return ref.name.empty() ? Json() : Reference(ref); };
     Json source = {{"id", route.source.name},
                    {"name", TextOrNull(route.source.resolved, route.sourceName)},
