@@ -85,8 +85,12 @@ void AddDeviceCommands(CLI::App& parent, ToolOptions& options, bool withLoad)
     AddDeviceOptions(*identify, options, withLoad);
 
     CLI::App* procs = AddCommand(parent, "procs", "List the processors and trace sources of the device",
-                                 "  " + prefix + "procs\n  " + prefix + "procs --json\n", options, Command::Procs);
+                                 "  " + prefix + "procs\n  " + prefix + "procs --json\n  " + prefix + "procs --names\n",
+                                 options, Command::Procs);
+    CLI::Option* names = procs->add_flag(
+        "--names", options.names, "Print only the names 'proc' and 'routes --proc' take, one per line");
     AddDeviceOptions(*procs, options, withLoad);
+    names->excludes(procs->get_option("--json"));
 
     CLI::App* proc = AddCommand(parent, "proc",
                                 "Show one processor: its modules with registers, characteristics, mappings and routes",

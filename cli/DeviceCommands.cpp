@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <system_error>
 
 namespace devid_cli {
@@ -26,14 +27,27 @@ std::string ReadText(const std::string& path)
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
+// One line per name, for shell completion: an offline session lists a
+// description once per saved device ID, so names repeat there.
+void PrintNames(const ProcessorsView& view, std::ostream& out)
+{
+    std::set<std::string> printed;
+    for (const SourceView& source : view.sources)
+        if (printed.insert(source.name).second)
+            out << source.name << '\n';
+}
+
 } // namespace
 
 void DeviceCommands::Run()
 {
     const ToolEnvironment environment = ToolEnvironment::Prepare(m_options);
     DeviceSession session;
-    if (!m_options.loadFile.empty())
-        m_formatter.Configuration(session.LoadConfiguration(m_options.loadFile));
+    if (!m_options.loadFile.empty()) {
+        const LoadView loaded = session.LoadConfiguration(m_options.loadFile);
+        if (!m_options.names)
+            m_formatter.Configuration(loaded);
+    }
     DeviceSurvey survey(session);
 
     switch (m_options.command) {
@@ -50,9 +64,14 @@ void DeviceCommands::Run()
                                 " matches the device IDs read");
         break;
     }
-    case Command::Procs:
-        m_formatter.Processors(survey.Processors());
+    case Command::Procs: {
+        const ProcessorsView view = survey.Processors();
+        if (!m_options.names)
+            m_formatter.Processors(view);
+        else
+            PrintNames(view, m_out);
         break;
+    }
     case Command::Proc: {
         const SourceView source = survey.Processor(m_options.procName);
         m_formatter.Processor(source, survey.Routes(m_options.procName));

@@ -13,7 +13,8 @@ namespace devid_cli {
 
 class DeviceCommands {
 public:
-    /// `out` receives the Graphviz text of `routes --dot`; everything else goes to the formatter.
+    /// `out` receives the Graphviz text of `routes --dot` and the lines of
+    /// `procs --names`; everything else goes to the formatter.
     DeviceCommands(const ToolOptions& options, Formatter& formatter, std::ostream& out)
         : m_options(options), m_formatter(formatter), m_out(out)
     {

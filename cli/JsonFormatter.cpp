@@ -2,272 +2,217 @@
 
 namespace devid_cli {
 
-JsonFormatter::JsonFormatter(std::ostream& out, const std::string& command) : m_json(out)
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+template <typename T, typename Describe>
+Json ListOf(const std::vector<T>& items, Describe describe)
 {
-    m_json.beginObject().field("schema", kSchema).field("command", command);
+    Json list = Json::array();
+    for (const T& item : items)
+        list.push_back(describe(item));
+    return list;
 }
 
-void JsonFormatter::HexList(const std::vector<uint32_t>& numbers)
+Json HexList(const std::vector<uint32_t>& numbers) { return ListOf(numbers, Hex32); }
+
+Json HexOrNull(bool present, uint32_t number) { return present ? Json(Hex32(number)) : Json(); }
+
+Json TextOrNull(bool present, const std::string& text) { return present ? Json(text) : Json(); }
+
+Json Register(const RegisterView& reg)
 {
-    m_json.beginArray();
-    for (uint32_t number : numbers)
-        m_json.hex(number);
-    m_json.endArray();
+    return {{"name", reg.name},
+            {"memoryMapped", reg.memoryMapped},
+            {"address", HexOrNull(reg.memoryMapped, reg.address)},
+            {"driverName", TextOrNull(!reg.memoryMapped, reg.driverName)},
+            {"page", reg.page},
+            {"unit", reg.unit},
+            {"width", reg.width}};
+}
+
+Json Characteristics(const std::vector<CharacteristicView>& list)
+{
+    return ListOf(list, [](const CharacteristicView& c) {
+        return Json{{"name", c.name}, {"value", c.value}, {"description", c.description}};
+    });
+}
+
+Json Reference(const ModuleRef& ref) { return {{"name", ref.name}, {"kind", ref.kind}, {"resolved", ref.resolved}}; }
+
+Json References(const std::vector<ModuleRef>& refs) { return ListOf(refs, Reference); }
+
+Json Module(const ModuleView& module)
+{
+    Json mappings = ListOf(module.mappings, [](const MappingView& mapping) {
+        const auto entry = [](const auto& e) { return Json{{"key", e.first}, {"value", e.second}}; };
+        return Json{{"id", mapping.id}, {"entries", ListOf(mapping.entries, entry)}};
+    });
+    return {{"name", module.name},
+            {"kind", module.kind},
+            {"version", module.version},
+            {"access", module.access},
+            {"registers", ListOf(module.registers, Register)},
+            {"characteristics", Characteristics(module.characteristics)},
+            {"mappings", std::move(mappings)}};
+}
+
+Json Route(const RouteView& route)
+{
+    // The view leaves the name empty where the route has no sink or DRM module.
+    const auto end = [](const ModuleRef& ref) { return ref.name.empty() ? Json() : Reference(ref); };
+    Json source = {{"id", route.source.name},
+                   {"name", TextOrNull(route.source.resolved, route.sourceName)},
+                   {"resolved", route.source.resolved}};
+    return {{"source", std::move(source)},
+            {"links", References(route.links)},
+            {"sink", end(route.sink)},
+            {"drm", end(route.drm)}};
+}
+
+Json Problems(const std::vector<CheckProblem>& problems)
+{
+    return ListOf(problems, [](const CheckProblem& problem) {
+        return Json{{"severity", problem.error ? "error" : "warning"},
+                    {"element", problem.element},
+                    {"line", problem.line != 0 ? Json(problem.line) : Json()},
+                    {"message", problem.message}};
+    });
+}
+
+} // namespace
+
+JsonFormatter::JsonFormatter(std::ostream& out, const std::string& command) : m_out(out)
+{
+    m_doc["schema"] = kSchema;
+    m_doc["command"] = command;
 }
 
 void JsonFormatter::Configuration(const LoadView& view)
 {
-    m_json.key("configuration").beginObject().field("path", view.path).field("kind", view.kind);
-    m_json.key("deviceIds");
-    HexList(view.deviceIds);
-    m_json.field("chainDevices", view.chainDevices).endObject();
+    m_doc["configuration"] = {{"path", view.path},
+                              {"kind", view.kind},
+                              {"deviceIds", HexList(view.deviceIds)},
+                              {"chainDevices", view.chainDevices}};
 }
 
 void JsonFormatter::Identification(const IdentifyView& view)
 {
-    m_json.field("database", view.databaseDir).field("board", view.boardDir);
-    m_json.key("chain").beginArray();
-    for (const ChainDeviceView& device : view.chain) {
-        m_json.beginObject().field("name", device.name).field("parent", device.parent);
-        m_json.key("type").hex(device.type);
-        m_json.field("traceId", device.traceId).field("dap", device.dap).endObject();
-    }
-    m_json.endArray().key("deviceIds");
-    HexList(view.deviceIds);
-    m_json.key("descriptions").beginArray();
-    for (const auto& [id, file] : view.descriptions) {
-        m_json.beginObject().key("deviceId").hex(id).key("file");
-        if (file.empty())
-            m_json.null();
-        else
-            m_json.value(file);
-        m_json.endObject();
-    }
-    m_json.endArray().field("matched", view.matched);
-}
-
-void JsonFormatter::Register(const RegisterView& reg)
-{
-    m_json.beginObject().field("name", reg.name).field("memoryMapped", reg.memoryMapped).key("address");
-    if (reg.memoryMapped)
-        m_json.hex(reg.address);
-    else
-        m_json.null();
-    m_json.key("driverName");
-    if (reg.memoryMapped)
-        m_json.null();
-    else
-        m_json.value(reg.driverName);
-    m_json.field("page", reg.page).field("unit", reg.unit).field("width", reg.width).endObject();
-}
-
-void JsonFormatter::Characteristics(const std::vector<CharacteristicView>& list)
-{
-    m_json.key("characteristics").beginArray();
-    for (const CharacteristicView& c : list)
-        m_json.beginObject().field("name", c.name).field("value", c.value).field("description", c.description).endObject();
-    m_json.endArray();
-}
-
-void JsonFormatter::Reference(const ModuleRef& ref)
-{
-    m_json.beginObject().field("name", ref.name).field("kind", ref.kind).field("resolved", ref.resolved).endObject();
-}
-
-void JsonFormatter::Module(const ModuleView& module)
-{
-    m_json.beginObject()
-        .field("name", module.name)
-        .field("kind", module.kind)
-        .field("version", module.version)
-        .field("access", module.access);
-    m_json.key("registers").beginArray();
-    for (const RegisterView& reg : module.registers)
-        Register(reg);
-    m_json.endArray();
-    Characteristics(module.characteristics);
-    m_json.key("mappings").beginArray();
-    for (const MappingView& mapping : module.mappings) {
-        m_json.beginObject().field("id", mapping.id).key("entries").beginArray();
-        for (const auto& [key, value] : mapping.entries)
-            m_json.beginObject().field("key", key).field("value", value).endObject();
-        m_json.endArray().endObject();
-    }
-    m_json.endArray().endObject();
-}
-
-void JsonFormatter::Route(const RouteView& route)
-{
-    m_json.beginObject().key("source").beginObject().field("id", route.source.name).key("name");
-    if (route.source.resolved)
-        m_json.value(route.sourceName);
-    else
-        m_json.null();
-    m_json.field("resolved", route.source.resolved).endObject();
-    m_json.key("links").beginArray();
-    for (const ModuleRef& link : route.links)
-        Reference(link);
-    m_json.endArray();
-    for (const auto& [key, end] : {std::make_pair("sink", &route.sink), std::make_pair("drm", &route.drm)}) {
-        m_json.key(key);
-        if (end->name.empty())
-            m_json.null();
-        else
-            Reference(*end);
-    }
-    m_json.endObject();
-}
-
-void JsonFormatter::RouteList(const std::vector<RouteView>& routes)
-{
-    m_json.key("routes").beginArray();
-    for (const RouteView& route : routes)
-        Route(route);
-    m_json.endArray();
+    m_doc["database"] = view.databaseDir;
+    m_doc["board"] = view.boardDir;
+    m_doc["chain"] = ListOf(view.chain, [](const ChainDeviceView& device) {
+        return Json{{"name", device.name},
+                    {"parent", device.parent},
+                    {"type", Hex32(device.type)},
+                    {"traceId", device.traceId},
+                    {"dap", device.dap}};
+    });
+    m_doc["deviceIds"] = HexList(view.deviceIds);
+    m_doc["descriptions"] = ListOf(view.descriptions, [](const auto& description) {
+        const auto& [id, file] = description;
+        return Json{{"deviceId", Hex32(id)}, {"file", TextOrNull(!file.empty(), file)}};
+    });
+    m_doc["matched"] = view.matched;
 }
 
 void JsonFormatter::Processors(const ProcessorsView& view)
 {
-    m_json.key("sources").beginArray();
-    for (const SourceView& source : view.sources) {
-        m_json.beginObject().field("name", source.name).field("id", source.id).field("stmMaster", source.stmMaster);
-        m_json.key("components").beginArray();
-        for (const ModuleRef& component : source.components)
-            Reference(component);
-        m_json.endArray();
-        Characteristics(source.characteristics);
-        m_json.endObject();
-    }
-    m_json.endArray().key("processors").beginArray();
-    for (const ProcessorView& proc : view.processors) {
-        m_json.beginObject().field("id", proc.id).field("name", proc.name).field("kind", proc.kind).field("traceId", proc.traceId);
-        m_json.key("idRegister");
-        if (proc.hasIdRegister)
-            Register(proc.idRegister);
-        else
-            m_json.null();
-        m_json.key("idValue").hex(proc.idValue).endObject();
-    }
-    m_json.endArray();
+    m_doc["sources"] = ListOf(view.sources, [](const SourceView& source) {
+        return Json{{"name", source.name},
+                    {"id", source.id},
+                    {"stmMaster", source.stmMaster},
+                    {"components", References(source.components)},
+                    {"characteristics", Characteristics(source.characteristics)}};
+    });
+    m_doc["processors"] = ListOf(view.processors, [](const ProcessorView& proc) {
+        return Json{{"id", proc.id},
+                    {"name", proc.name},
+                    {"kind", proc.kind},
+                    {"traceId", proc.traceId},
+                    {"idRegister", proc.hasIdRegister ? Register(proc.idRegister) : Json()},
+                    {"idValue", Hex32(proc.idValue)}};
+    });
 }
 
 void JsonFormatter::Processor(const SourceView& source, const std::vector<RouteView>& routes)
 {
-    m_json.key("processor").beginObject().field("name", source.name).field("id", source.id).field("stmMaster", source.stmMaster);
-    Characteristics(source.characteristics);
-    m_json.key("components").beginArray();
-    for (const ModuleRef& component : source.components)
-        Reference(component);
-    m_json.endArray().key("modules").beginArray();
-    for (const ModuleView& module : source.modules)
-        Module(module);
-    m_json.endArray().endObject();
-    RouteList(routes);
+    m_doc["processor"] = {{"name", source.name},
+                          {"id", source.id},
+                          {"stmMaster", source.stmMaster},
+                          {"characteristics", Characteristics(source.characteristics)},
+                          {"components", References(source.components)},
+                          {"modules", ListOf(source.modules, Module)}};
+    Routes(routes);
 }
 
-void JsonFormatter::Routes(const std::vector<RouteView>& routes) { RouteList(routes); }
+void JsonFormatter::Routes(const std::vector<RouteView>& routes) { m_doc["routes"] = ListOf(routes, Route); }
 
 void JsonFormatter::Settings(const SettingsView& view)
 {
-    m_json.field("debugger", view.debugger).field("emulator", view.emulator).field("port", view.port);
-    m_json.key("outFiles").beginArray();
-    for (const auto& [name, file] : view.outFiles)
-        m_json.beginObject().field("name", name).field("file", file).endObject();
-    m_json.endArray();
+    m_doc["debugger"] = view.debugger;
+    m_doc["emulator"] = view.emulator;
+    m_doc["port"] = view.port;
+    m_doc["outFiles"] = ListOf(view.outFiles, [](const auto& outFile) {
+        return Json{{"name", outFile.first}, {"file", outFile.second}};
+    });
 }
 
 void JsonFormatter::Saved(const SaveView& view)
 {
-    m_json.field("path", view.path).field("format", view.tdf ? "tdf" : "dcm").key("section");
-    if (view.tdf)
-        m_json.beginObject()
-            .field("name", "DEVID")
-            .field("version", 1)
-            .field("offset", view.sectionOffset)
-            .field("length", view.sectionLength)
-            .field("shadowed", view.shadowed)
-            .endObject();
-    else
-        m_json.null();
-    m_json.field("text", view.text);
+    m_doc["path"] = view.path;
+    m_doc["format"] = view.tdf ? "tdf" : "dcm";
+    m_doc["section"] = view.tdf ? Json{{"name", "DEVID"},
+                                       {"version", 1},
+                                       {"offset", view.sectionOffset},
+                                       {"length", view.sectionLength},
+                                       {"shadowed", view.shadowed}}
+                                : Json();
+    m_doc["text"] = view.text;
 }
 
 void JsonFormatter::TdfSections(const std::string& file, const std::vector<TdfSectionView>& sections)
 {
-    m_json.field("file", file).key("sections").beginArray();
-    for (const TdfSectionView& s : sections)
-        m_json.beginObject()
-            .field("name", s.name)
-            .field("version", s.version)
-            .field("offset", s.offset)
-            .field("length", s.length)
-            .field("dataOffset", s.dataOffset)
-            .field("dataLength", s.dataLength)
-            .endObject();
-    m_json.endArray();
-}
-
-void JsonFormatter::Problems(const std::vector<CheckProblem>& problems)
-{
-    m_json.key("problems").beginArray();
-    for (const CheckProblem& problem : problems) {
-        m_json.beginObject().field("severity", problem.error ? "error" : "warning").field("element", problem.element);
-        m_json.key("line");
-        if (problem.line != 0)
-            m_json.value(problem.line);
-        else
-            m_json.null();
-        m_json.field("message", problem.message).endObject();
-    }
-    m_json.endArray();
+    m_doc["file"] = file;
+    m_doc["sections"] = ListOf(sections, [](const TdfSectionView& s) {
+        return Json{{"name", s.name},
+                    {"version", s.version},
+                    {"offset", s.offset},
+                    {"length", s.length},
+                    {"dataOffset", s.dataOffset},
+                    {"dataLength", s.dataLength}};
+    });
 }
 
 void JsonFormatter::DatabaseCheck(const DatabaseReport& report)
 {
-    m_json.field("directory", report.directory).key("files").beginArray();
-    for (const CheckedFile& file : report.files) {
-        m_json.beginObject().field("path", file.path).field("read", file.read).key("device");
-        if (file.hasValue || !file.deviceId.empty()) {
-            m_json.beginObject().field("id", file.deviceId).key("value");
-            if (file.hasValue)
-                m_json.hex(file.value);
-            else
-                m_json.null();
-            m_json.key("mask");
-            if (file.hasMask)
-                m_json.hex(file.mask);
-            else
-                m_json.null();
-            m_json.endObject();
-        } else {
-            m_json.null();
-        }
-        m_json.key("counts")
-            .beginObject()
-            .field("procs", file.procs)
-            .field("modules", file.modules)
-            .field("sources", file.sources)
-            .field("routes", file.routes)
-            .endObject();
-        Problems(file.problems);
-        m_json.endObject();
-    }
-    m_json.endArray();
-    Problems(report.problems);
-    m_json.field("errors", report.Count(true)).field("warnings", report.Count(false));
+    m_doc["directory"] = report.directory;
+    m_doc["files"] = ListOf(report.files, [](const CheckedFile& file) {
+        Json device;
+        if (file.hasValue || !file.deviceId.empty())
+            device = {{"id", file.deviceId},
+                      {"value", HexOrNull(file.hasValue, file.value)},
+                      {"mask", HexOrNull(file.hasMask, file.mask)}};
+        Json counts = {
+            {"procs", file.procs}, {"modules", file.modules}, {"sources", file.sources}, {"routes", file.routes}};
+        return Json{{"path", file.path},
+                    {"read", file.read},
+                    {"device", std::move(device)},
+                    {"counts", std::move(counts)},
+                    {"problems", Problems(file.problems)}};
+    });
+    m_doc["problems"] = Problems(report.problems);
+    m_doc["errors"] = report.Count(true);
+    m_doc["warnings"] = report.Count(false);
 }
 
 void JsonFormatter::Finish(const ToolError* error, const std::string& logFile)
 {
-    m_json.field("ok", error == nullptr);
+    m_doc["ok"] = error == nullptr;
     if (error != nullptr)
-        m_json.key("error").beginObject().field("code", error->code()).field("message", error->what()).endObject();
-    m_json.key("log");
-    if (logFile.empty())
-        m_json.null();
-    else
-        m_json.value(logFile);
-    m_json.endObject();
+        m_doc["error"] = {{"code", error->code()}, {"message", error->what()}};
+    m_doc["log"] = TextOrNull(!logFile.empty(), logFile);
+    m_out << m_doc.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 } // namespace devid_cli

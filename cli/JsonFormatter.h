@@ -4,7 +4,8 @@
 #define DEVID_CLI_JSONFORMATTER_H
 
 #include "cli/Formatter.h"
-#include "cli/JsonWriter.h"
+
+#include <nlohmann/json.hpp>
 
 #include <ostream>
 #include <string>
@@ -27,19 +28,14 @@ public:
     void Saved(const SaveView& view) override;
     void TdfSections(const std::string& file, const std::vector<TdfSectionView>& sections) override;
     void DatabaseCheck(const DatabaseReport& report) override;
+    /// Writes the whole document. Text that is not valid UTF-8 comes out with
+    /// U+FFFD in place of each bad byte sequence, so the JSON stays valid.
     void Finish(const ToolError* error, const std::string& logFile) override;
 
 private:
-    void Register(const RegisterView& reg);
-    void Characteristics(const std::vector<CharacteristicView>& list);
-    void Reference(const ModuleRef& ref);
-    void Module(const ModuleView& module);
-    void Route(const RouteView& route);
-    void RouteList(const std::vector<RouteView>& routes);
-    void Problems(const std::vector<CheckProblem>& problems);
-    void HexList(const std::vector<uint32_t>& numbers);
-
-    JsonWriter m_json;
+    std::ostream& m_out;
+    // Members keep the order they were added in, which the schema documents.
+    nlohmann::ordered_json m_doc;
 };
 
 } // namespace devid_cli

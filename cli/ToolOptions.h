@@ -37,6 +37,7 @@ struct ToolOptions {
 
     // Command arguments.
     std::string procName;
+    bool names = false;
     bool dot = false;
     std::string saveFile;
     bool saveTdf = false;

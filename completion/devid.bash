@@ -1,5 +1,15 @@
 # bash completion for devid
 
+# Processor names from the tool itself, on the folders or saved configuration
+# given as the remaining arguments. Bounded and silent: an unreachable board
+# costs at most two seconds and prints nothing.
+_devid_procs()
+{
+    local names
+    names=$(timeout -k 1 2 "$@" procs --names --log-level 0 2>/dev/null)
+    COMPREPLY=($(compgen -W "$names" -- "$cur"))
+}
+
 _devid()
 {
     local cur prev words cword
@@ -21,17 +31,20 @@ _devid()
             _filedir '@(dim|tdf)'
             return
             ;;
-        --proc)
-            return
-            ;;
     esac
 
     # The command path so far ("load routes", "tdf ls") and how many plain
-    # arguments follow it; option values are skipped.
-    local i command="" positional=0
+    # arguments follow it; option values are skipped, and the ones that say
+    # where the device comes from are kept for asking the tool.
+    local i command="" positional=0 tool=("${words[0]/#\~/$HOME}")
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
-            --db | --board | --log-level | --load | --proc)
+            --db | --board | --load)
+                tool+=("${words[i]}" "${words[i + 1]/#\~/$HOME}")
+                ((i++))
+                continue
+                ;;
+            --log-level | --proc)
                 ((i++))
                 continue
                 ;;
@@ -44,6 +57,7 @@ _devid()
                 # load FILE, then an optional query
                 if ((positional == 0)); then
                     positional=1
+                    tool+=(--load "${words[i]/#\~/$HOME}")
                 else
                     command+=" ${words[i]}"
                     positional=0
@@ -59,7 +73,14 @@ _devid()
             options="$device_options --version"
             [[ $cur == -* ]] || { COMPREPLY=($(compgen -W "$queries load tdf db" -- "$cur")); return; }
             ;;
-        routes | "load routes") options="$device_options --proc --dot" ;;
+        procs | "load procs") options="$device_options --names" ;;
+        proc | "load proc")
+            [[ $cur != -* ]] && ((positional == 0)) && { _devid_procs "${tool[@]}"; return; }
+            ;;
+        routes | "load routes")
+            options="$device_options --proc --dot"
+            [[ $prev == --proc ]] && { _devid_procs "${tool[@]}"; return; }
+            ;;
         save | "load save")
             options="$device_options --tdf"
             [[ $cur == -* ]] || { _filedir; return; }

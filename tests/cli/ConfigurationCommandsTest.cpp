@@ -9,8 +9,8 @@ namespace {
 std::vector<std::string> ChainNames(const Json& doc)
 {
     std::vector<std::string> names;
-    for (const Json& device : doc["chain"].items)
-        names.push_back(device["name"].text + "<" + device["parent"].text + ">" + device["type"].text);
+    for (const Json& device : doc.at("chain"))
+        names.push_back(Text(device.at("name")) + "<" + Text(device.at("parent")) + ">" + Text(device.at("type")));
     return names;
 }
 
@@ -34,24 +34,24 @@ TEST(ConfigurationCommands, DimRoundTripGivesTheSameChainOffline)
     const Json live = tool.JsonOf({"identify"});
     const Json saved = tool.JsonOf({"save", "run1"});
     const std::string dim = tool.home() + "/.MORA-trace/run1.dim";
-    EXPECT_EQ(saved["path"].text, dim);
-    EXPECT_EQ(readFile(dim), saved["text"].text);
-    EXPECT_EQ(saved["text"].text.rfind("EMU=kmr770u\nPORT=0x240\nDEVICEID=0x2b8e402f,", 0), 0u);
+    EXPECT_EQ(Text(saved.at("path")), dim);
+    EXPECT_EQ(readFile(dim), Text(saved.at("text")));
+    EXPECT_EQ(Text(saved.at("text")).rfind("EMU=kmr770u\nPORT=0x240\nDEVICEID=0x2b8e402f,", 0), 0u);
 
     // The name alone is found in the trace logging folder, in either form of load.
     for (const std::vector<std::string>& args :
          {std::vector<std::string>{"load", "run1.dim", "identify"}, {"--load", "run1", "identify"}}) {
         const Json offline = tool.JsonOf(args);
-        EXPECT_EQ(offline["configuration"]["path"].text, dim);
+        EXPECT_EQ(Text(offline.at("configuration").at("path")), dim);
         EXPECT_EQ(ChainNames(offline), ChainNames(live));
-        ASSERT_GE(offline["descriptions"].size(), 1u);
-        EXPECT_EQ(offline["descriptions"][0]["file"].text, kExampleDb + "/device_kestrel.xml");
+        ASSERT_GE(offline.at("descriptions").size(), 1u);
+        EXPECT_EQ(Text(offline.at("descriptions").at(0).at("file")), kExampleDb + "/device_kestrel.xml");
     }
     EXPECT_NE(tool.RunOnExample({"load", "run1", "settings", "TALON_1"}).out.find("trace_talon1.tdf"), std::string::npos);
 
     const std::string alien = tool.scratch.write(
         "alien.dim", "EMU=kmr770\nPORT=0x0\nDEVICEID=0x12345678\nDEVINFO=0x1$CPU$CPU~\nOUTFILES=\nTRACEID=\n");
-    EXPECT_EQ(tool.JsonOf({"load", alien}, 1)["error"]["code"].text, "no-device");
+    EXPECT_EQ(tool.JsonOf({"load", alien}, 1).at("error").at("code"), "no-device");
 }
 
 TEST(ConfigurationCommands, TdfSaveListCatAndLoad)
@@ -59,33 +59,37 @@ TEST(ConfigurationCommands, TdfSaveListCatAndLoad)
     ToolRunner tool;
     const std::string tdf = tool.scratch.file("trace.tdf");
     const Json first = tool.JsonOf({"save", tdf, "--tdf"});
-    EXPECT_EQ(first["section"]["offset"].number, 4);
-    EXPECT_FALSE(first["section"]["shadowed"].boolean);
+    EXPECT_EQ(first.at("section").at("offset"), 4);
+    EXPECT_FALSE(first.at("section").at("shadowed").get<bool>());
 
     const Json listing = tool.JsonOf({"tdf", "ls", tdf}, 0, false);
-    ASSERT_EQ(listing["sections"].size(), 1u);
-    const Json& section = listing["sections"][0];
-    EXPECT_EQ(section["name"].text, "DEVID");
-    EXPECT_EQ(section["dataOffset"].number, 4 + 12 + 5);
+    ASSERT_EQ(listing.at("sections").size(), 1u);
+    const Json& section = listing.at("sections").at(0);
+    EXPECT_EQ(section.at("name"), "DEVID");
+    EXPECT_EQ(section.at("dataOffset"), 4 + 12 + 5);
     const ToolResult ls = tool.Run({"tdf", "ls", tdf});
-    EXPECT_NE(ls.out.find("DEVID  1        4       " + std::to_string(12 + 5 + first["text"].text.size())),
+    EXPECT_NE(ls.out.find("DEVID  1        4       " + std::to_string(12 + 5 + Text(first.at("text")).size())),
               std::string::npos) << ls.out;
 
     const ToolResult cat = tool.Run({"tdf", "cat", tdf, "DEVID", "1"});
     ASSERT_EQ(cat.status, 0) << cat.err;
-    EXPECT_EQ(cat.out, first["text"].text);
+    EXPECT_EQ(cat.out, Text(first.at("text")));
 
     const Json routes = tool.JsonOf({"load", tdf, "routes"});
-    EXPECT_EQ(routes["configuration"]["kind"].text, "tdf");
-    EXPECT_GE(routes["routes"].size(), 7u) << "one description per saved ID, so routes may repeat";
+    EXPECT_EQ(routes.at("configuration").at("kind"), "tdf");
+    EXPECT_GE(routes.at("routes").size(), 7u) << "one description per saved ID, so routes may repeat";
 
     // A second save appends behind the first, which readers keep finding first.
     const Json second = tool.JsonOf({"save", tdf, "--tdf"});
-    EXPECT_TRUE(second["section"]["shadowed"].boolean);
-    EXPECT_EQ(second["section"]["offset"].number, section["length"].number + 4);
+    EXPECT_TRUE(second.at("section").at("shadowed").get<bool>());
+    EXPECT_EQ(second.at("section").at("offset"), section.at("length").get<int>() + 4);
 
     const std::string other = tool.scratch.write("other.tdf", TdfBytes({{"ALPHA", "abc"}}, 7));
     EXPECT_EQ(tool.Run({"tdf", "cat", other, "ALPHA", "7"}).out, "abc");
+
+    // Section names are raw bytes: bytes that are not UTF-8 come out as U+FFFD.
+    const std::string odd = tool.scratch.write("odd.tdf", TdfBytes({{"A\xff\"\n", "x"}}));
+    EXPECT_EQ(tool.JsonOf({"tdf", "ls", odd}, 0, false).at("sections").at(0).at("name"), "A\xef\xbf\xbd\"\n");
 }
 
 TEST(ConfigurationCommands, FileProblemsExitFour)
@@ -95,10 +99,10 @@ TEST(ConfigurationCommands, FileProblemsExitFour)
     cutBytes.resize(cutBytes.size() - 4);
     const std::string cut = tool.scratch.write("cut.tdf", cutBytes);
     const Json listing = tool.JsonOf({"tdf", "ls", cut}, 4, false);
-    ASSERT_EQ(listing["sections"].size(), 1u) << "the listing stops at the damaged section";
-    EXPECT_EQ(listing["sections"][0]["name"].text, "ALPHA");
-    EXPECT_EQ(listing["error"]["code"].text, "file");
-    EXPECT_NE(listing["error"]["message"].text.find("offset 24"), std::string::npos);
+    ASSERT_EQ(listing.at("sections").size(), 1u) << "the listing stops at the damaged section";
+    EXPECT_EQ(listing.at("sections").at(0).at("name"), "ALPHA");
+    EXPECT_EQ(listing.at("error").at("code"), "file");
+    EXPECT_NE(Text(listing.at("error").at("message")).find("offset 24"), std::string::npos);
 
     const std::string notTdf = tool.scratch.write("plain.tdf", "hello");
     const std::string noDevid = tool.scratch.write("other.tdf", TdfBytes({{"OTHER", "x"}}));

@@ -3,10 +3,10 @@
 #ifndef DEVID_TESTS_CLI_TOOLRUNNER_H
 #define DEVID_TESTS_CLI_TOOLRUNNER_H
 
-#include "tests/cli/JsonReader.h"
 #include "tests/common/TempDir.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -21,6 +21,13 @@ namespace devid_test {
 
 inline const std::string kExampleDb = DEVID_SOURCE_DIR "/examples/db";
 inline const std::string kExampleBoard = DEVID_SOURCE_DIR "/examples/board";
+
+// Parsing rejects anything that is not valid JSON in valid UTF-8, so every
+// document a test reads is checked for that too; members keep their order.
+using Json = nlohmann::ordered_json;
+
+/// The string a member holds; throws when it holds something else.
+inline std::string Text(const Json& value) { return value.get<std::string>(); }
 
 struct ToolResult {
     int status = -1;
@@ -75,15 +82,16 @@ public:
     }
 
     /// Runs a --json command on the example, checks its exit status and parses
-    /// the document, which must carry the schema and the command's name.
+    /// the document, which must open with the schema and close with the log.
     Json JsonOf(std::vector<std::string> args, int status = 0, bool onExample = true) const
     {
         args.push_back("--json");
         const ToolResult result = onExample ? RunOnExample(args) : Run(args);
         EXPECT_EQ(result.status, status) << args.front() << ": " << result.err;
-        Json doc = JsonReader::Parse(result.out);
-        EXPECT_EQ(doc["schema"].text, "devid/1");
-        EXPECT_EQ(doc.has("error"), status != 0) << result.out;
+        Json doc = Json::parse(result.out);
+        EXPECT_EQ(doc.begin().key() + "=" + Text(doc.at("schema")), "schema=devid/1");
+        EXPECT_EQ(doc.rbegin().key(), "log");
+        EXPECT_EQ(doc.contains("error"), status != 0) << result.out;
         return doc;
     }
 
@@ -94,8 +102,8 @@ public:
 
 inline const Json& FindBy(const Json& list, const std::string& key, const std::string& value)
 {
-    for (const Json& item : list.items)
-        if (item[key].text == value)
+    for (const Json& item : list)
+        if (item.at(key) == value)
             return item;
     throw std::out_of_range("no " + key + " " + value);
 }
