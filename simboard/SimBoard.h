@@ -35,6 +35,8 @@ struct SimDevice {
     bool ready = true;
     /// False when no target adapter can be made for the device.
     bool adapterAvailable = true;
+    /// Instruction register length of a router's TAP on the simulated scan chain.
+    uint32_t irLength = 4;
     std::vector<SimRegister> registers;
     std::vector<SimMemoryWord> memory;
 

@@ -132,7 +132,7 @@ SimMemoryWord ReadMemoryWord(const pugi::xml_node& element)
 
 SimDevice ReadDevice(const pugi::xml_node& element, bool boardReady)
 {
-    CheckAttributes(element, {"name", "type", "parent", "traceid", "dap", "outfile", "ready", "adapter"});
+    CheckAttributes(element, {"name", "type", "parent", "traceid", "dap", "outfile", "ready", "adapter", "irlen"});
     SimDevice device;
     device.name = RequiredName(element);
     device.type = RequiredNumber(element, "type");
@@ -142,8 +142,11 @@ SimDevice ReadDevice(const pugi::xml_node& element, bool boardReady)
     device.outputFile = element.attribute("outfile").value();
     device.ready = OptionalBool(element, "ready", boardReady);
     device.adapterAvailable = OptionalBool(element, "adapter", true);
+    device.irLength = OptionalNumber(element, "irlen", device.irLength);
     if (device.parent == device.name)
         Fail(element, "a device cannot be its own parent");
+    if (device.irLength < 2 || device.irLength > 32)
+        Fail(element, "attribute \"irlen\" must be 2 to 32");
 
     ForEachElement(element, [&](const pugi::xml_node& child) {
         if (std::strcmp(child.name(), "register") == 0) {
