@@ -167,6 +167,9 @@ std::string OpenOcdClient::Run(const std::string& command)
     m_pending.erase(0, end + 1);
     if (answer.empty() || (answer[0] != 'O' && answer[0] != 'E'))
         Fail("unexpected answer \"" + answer + "\"");
+    // Printed results end with a line break that belongs to no value.
+    const size_t last = answer.find_last_not_of(" \t\r\n");
+    answer.erase(last == std::string::npos || last == 0 ? 1 : last + 1);
     if (answer[0] == 'E')
         throw Hexkit::HexkitError(answer.substr(1), Hexkit::HexkitErrorIF::SEVERITY_ERROR);
     return answer.substr(1);

@@ -24,6 +24,8 @@ public:
     /// breaks or the answer does not come within the time limit.
     std::string Run(const std::string& command);
 
+    /// False once an exchange broke and the connection was dropped.
+    bool Connected() const { return m_socket >= 0; }
     /// "HOST:PORT" as the connection was made.
     const std::string& Address() const { return m_address; }
 
