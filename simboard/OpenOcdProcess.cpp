@@ -7,6 +7,7 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <cstdlib>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -53,9 +54,14 @@ OpenOcdProcess::OpenOcdProcess(const std::string& script, uint32_t timeoutMs)
     const uint16_t port = FreeLoopbackPort();
     if (port == 0)
         throw Hexkit::HexkitError("cannot start OpenOCD: no free loopback port", Hexkit::HexkitErrorIF::SEVERITY_ERROR);
-    const std::string ports = "tcl_port " + std::to_string(port) + "; gdb_port disabled; telnet_port disabled";
+    // Errors only, on the client's stderr; its progress chatter would fill the client's stdout.
+    const std::string ports =
+        "debug_level 1; tcl_port " + std::to_string(port) + "; gdb_port disabled; telnet_port disabled";
     m_pid = fork();
     if (m_pid == 0) {
+        const int quiet = open("/dev/null", O_WRONLY);
+        if (quiet >= 0)
+            dup2(quiet, 1);
         // The ports come first so that the configuration may end with "init".
         execlp("openocd", "openocd", "-c", ports.c_str(), "-f", script.c_str(), static_cast<char*>(nullptr));
         _exit(127);
