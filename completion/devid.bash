@@ -5,7 +5,7 @@ _devid()
     local cur prev words cword
     _init_completion || return
 
-    local device_options="--db --board --json --log-level --load --help"
+    local device_options="--db --board --openocd --json --log-level --load --help"
     local queries="identify procs proc routes settings save"
 
     case $prev in
@@ -21,7 +21,7 @@ _devid()
             _filedir '@(dim|tdf)'
             return
             ;;
-        --proc)
+        --proc | --openocd)
             return
             ;;
     esac
@@ -31,7 +31,7 @@ _devid()
     local i command="" positional=0
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
-            --db | --board | --log-level | --load | --proc)
+            --db | --board | --openocd | --log-level | --load | --proc)
                 ((i++))
                 continue
                 ;;
