@@ -54,14 +54,15 @@ OpenOcdProcess::OpenOcdProcess(const std::string& script, uint32_t timeoutMs)
     const uint16_t port = FreeLoopbackPort();
     if (port == 0)
         throw Hexkit::HexkitError("cannot start OpenOCD: no free loopback port", Hexkit::HexkitErrorIF::SEVERITY_ERROR);
-    // Errors only, on the client's stderr; its progress chatter would fill the client's stdout.
-    const std::string ports =
-        "debug_level 1; tcl_port " + std::to_string(port) + "; gdb_port disabled; telnet_port disabled";
+    const std::string ports = "tcl_port " + std::to_string(port) + "; gdb_port disabled; telnet_port disabled";
     m_pid = fork();
     if (m_pid == 0) {
+        // OpenOCD echoes every RPC answer; that chatter stays out of the client's console.
         const int quiet = open("/dev/null", O_WRONLY);
-        if (quiet >= 0)
+        if (quiet >= 0) {
             dup2(quiet, 1);
+            dup2(quiet, 2);
+        }
         // The ports come first so that the configuration may end with "init".
         execlp("openocd", "openocd", "-c", ports.c_str(), "-f", script.c_str(), static_cast<char*>(nullptr));
         _exit(127);
@@ -79,7 +80,8 @@ OpenOcdProcess::OpenOcdProcess(const std::string& script, uint32_t timeoutMs)
         } catch (const Hexkit::HexkitError& error) {
             if (Exited(m_pid)) {
                 m_pid = -1;
-                throw Hexkit::HexkitError("OpenOCD stopped while starting with " + script,
+                throw Hexkit::HexkitError("OpenOCD stopped while starting with " + script +
+                                              " (run \"openocd -f " + script + "\" to see why)",
                                           Hexkit::HexkitErrorIF::SEVERITY_ERROR);
             }
             if (std::chrono::steady_clock::now() >= deadline) {

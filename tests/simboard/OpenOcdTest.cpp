@@ -189,13 +189,22 @@ TEST_F(OpenOcdTest, FailuresAreReportedWithoutHanging)
     EXPECT_THROW(Target("R"), std::exception);
 }
 
+// The board's own OpenOCD configuration, with a memory access port target
+// declared before init, as a real target configuration would.
 TEST_F(OpenOcdTest, SetupAdapterStartsAndStopsOpenOcd)
 {
     devid_test::JtagSim sim(devid_test::kExampleBoard);
     ASSERT_NE(sim.port(), 0);
-    m_dir.write("started/probe.cfg", sim.adapterCommands() + "\n");
+    m_dir.write("started/probe.cfg", sim.adapterCommands() + R"(
+jtag newtap k tap -irlen 4
+jtag newtap p tap -irlen 4
+jtag newtap w tap -irlen 4
+dap create k.dap -chain-position k.tap
+target create k.mem mem_ap -dap k.dap -ap-num 0
+)");
     const std::string board = Board("started", R"(<openocd script="probe.cfg" timeout="30000"/>
-  <device name="JTAG_K" type="0x38000101"/><device name="TALON_0" type="0x51A00010" parent="JTAG_K"/>)");
+  <device name="JTAG_K" type="0x38000101"/>
+  <device name="QUILL_DSP" type="0x51A00020" parent="JTAG_K" target="k.mem"/>)");
     setenv("COMMON_VEXIF", board.c_str(), 1);
 
     std::string address;
@@ -205,10 +214,16 @@ TEST_F(OpenOcdTest, SetupAdapterStartsAndStopsOpenOcd)
         ASSERT_TRUE(setup->Open(text)) << text;
         int32_t count = 0;
         ASSERT_TRUE(setup->Count(count));
-        EXPECT_EQ(count, 4); // the described router and core, then auto1.tap and auto2.tap
+        EXPECT_EQ(count, 4); // the described router and core, then p.tap and w.tap
         ASSERT_NE(getenv("DEVID_OPENOCD"), nullptr);
         address = getenv("DEVID_OPENOCD");
         EXPECT_EQ(TapId("JTAG_K"), 0x2B8E402Fu);
+        ProbePtr quill = Target("QUILL_DSP");
+        ASSERT_NE(quill, nullptr);
+        uint32_t value = 0, handle = 0;
+        EXPECT_EQ(quill->Memory(value, 0xE00FF000, 1, false), 0u);
+        EXPECT_EQ(value, 0x51510001u);
+        EXPECT_EQ(quill->Lookup("CORE_ID", handle), 0xFFFFFFFFu);
     }
     EXPECT_EQ(getenv("DEVID_OPENOCD"), nullptr);
     EXPECT_FALSE(devid_test::Accepts(static_cast<uint16_t>(std::stoul(address.substr(address.rfind(':') + 1)))));
