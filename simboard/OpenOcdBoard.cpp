@@ -33,13 +33,6 @@ struct Tap {
     throw Hexkit::HexkitError(what, Hexkit::HexkitErrorIF::SEVERITY_ERROR);
 }
 
-std::string Hex(uint32_t value)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08x", value);
-    return text;
-}
-
 uint32_t Number(const std::string& text, const std::string& what)
 {
     uint32_t value = 0;
@@ -106,11 +99,11 @@ void TieToTap(SimDevice& router, Tap& tap)
     bool hasExpected = false;
     uint32_t expected = 0;
     const std::string idRegister = IdRegisterName(router, hasExpected, expected);
+    const std::string found = "TAP " + tap.name + ": IDCODE " + OpenOcdBoard::Hex(tap.idcode);
     if (tap.expected != 0 && tap.idcode != 0 && tap.idcode != tap.expected)
-        Fail("TAP " + tap.name + ": IDCODE " + Hex(tap.idcode) + " where -expected-id is " + Hex(tap.expected));
+        Fail(found + " where -expected-id is " + OpenOcdBoard::Hex(tap.expected));
     if (hasExpected && tap.idcode != 0 && tap.idcode != expected)
-        Fail("TAP " + tap.name + " (" + router.name + "): IDCODE " + Hex(tap.idcode) + " where the board expects " +
-             Hex(expected));
+        Fail(found + " where the board expects " + OpenOcdBoard::Hex(expected) + " of " + router.name);
     router.tap = tap.name;
     if (tap.irLength != 0)
         router.irLength = tap.irLength;
@@ -122,6 +115,13 @@ void TieToTap(SimDevice& router, Tap& tap)
 }
 
 } // namespace
+
+std::string OpenOcdBoard::Hex(uint32_t value)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", value);
+    return text;
+}
 
 bool OpenOcdBoard::ParseNumber(const std::string& text, uint32_t& value)
 {

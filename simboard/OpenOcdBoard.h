@@ -35,6 +35,8 @@ public:
 
     /// Reads an OpenOCD number (decimal or 0x hexadecimal); false when it is none.
     static bool ParseNumber(const std::string& text, uint32_t& value);
+    /// "0x" and eight hexadecimal digits, as commands and messages show a word.
+    static std::string Hex(uint32_t value);
 };
 
 } // namespace Sim

@@ -3,7 +3,6 @@
 #include "devid/target/HexkitError.h"
 #include "simboard/OpenOcdBoard.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace Mora {
@@ -18,13 +17,6 @@ const uint32_t IdHandle = 0x100;
 const uint32_t FirstTargetHandle = 0x101;
 const uint32_t NotFound = 0xFFFFFFFF;
 const uint32_t Refused = 1;
-
-std::string Hex(uint32_t value)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08x", value);
-    return text;
-}
 
 } // namespace
 
@@ -63,14 +55,14 @@ uint32_t OpenOcdTargetAdapter::ReadMemory(uint32_t& value, uint32_t address, uin
     uint32_t word = 0;
     bool read;
     if (!m_device.target.empty()) {
-        read = TryRun("lindex [" + m_device.target + " read_memory " + Hex(address) + " 32 1] 0", word);
+        read = TryRun("lindex [" + m_device.target + " read_memory " + OpenOcdBoard::Hex(address) + " 32 1] 0", word);
     } else if (m_router.tap.empty()) {
         return Refused;
     } else {
         // Word size without address increment, then TAR, then one DRW read on access port 0.
         const std::string port = DebugPort();
         read = TryRun(port + " apreg 0 0x0 [expr {([" + port + " apreg 0 0x0] & ~0x37) | 0x2}]; " + port +
-                          " apreg 0 0x4 " + Hex(address) + "; " + port + " apreg 0 0xc",
+                          " apreg 0 0x4 " + OpenOcdBoard::Hex(address) + "; " + port + " apreg 0 0xc",
                       word);
     }
     if (!read)
