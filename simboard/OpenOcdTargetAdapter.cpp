@@ -38,18 +38,6 @@ bool OpenOcdTargetAdapter::TryRun(const std::string& command, uint32_t& value)
     return OpenOcdBoard::ParseNumber(answer, value);
 }
 
-std::string OpenOcdTargetAdapter::DebugPort()
-{
-    if (m_debugPort.empty()) {
-        // A debug port can be declared after init, but only "dap init" connects it.
-        const std::string name = "devid." + m_router.tap;
-        m_client->Run("if {[lsearch -exact [dap names] " + name + "] < 0} {dap create " + name + " -chain-position " +
-                      m_router.tap + "; dap init}");
-        m_debugPort = name;
-    }
-    return m_debugPort;
-}
-
 uint32_t OpenOcdTargetAdapter::ReadMemory(uint32_t& value, uint32_t address, uint32_t, bool)
 {
     uint32_t word = 0;
@@ -59,10 +47,13 @@ uint32_t OpenOcdTargetAdapter::ReadMemory(uint32_t& value, uint32_t address, uin
     } else if (m_router.tap.empty()) {
         return Refused;
     } else {
-        // Word size without address increment, then TAR, then one DRW read on access port 0.
-        const std::string port = DebugPort();
-        read = TryRun(port + " apreg 0 0x0 [expr {([" + port + " apreg 0 0x0] & ~0x37) | 0x2}]; " + port +
-                          " apreg 0 0x4 " + OpenOcdBoard::Hex(address) + "; " + port + " apreg 0 0xc",
+        // A debug port can be declared after init, but only "dap init" connects it.
+        // Then word size without address increment, TAR, and one DRW read on access port 0.
+        const std::string port = "devid." + m_router.tap;
+        read = TryRun("if {[lsearch -exact [dap names] " + port + "] < 0} {dap create " + port +
+                          " -chain-position " + m_router.tap + "; dap init}; " + port + " apreg 0 0x0 [expr {([" +
+                          port + " apreg 0 0x0] & ~0x37) | 0x2}]; " + port + " apreg 0 0x4 " +
+                          OpenOcdBoard::Hex(address) + "; " + port + " apreg 0 0xc",
                       word);
     }
     if (!read)

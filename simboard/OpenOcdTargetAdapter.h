@@ -36,14 +36,11 @@ public:
 private:
     /// Runs a command whose failure is OpenOCD's refusal, not a lost connection: false then.
     bool TryRun(const std::string& command, uint32_t& value);
-    /// The debug port object of the router's TAP, made on first use.
-    std::string DebugPort();
 
     std::unique_ptr<OpenOcdClient> m_client;
     SimDevice m_device;
     SimDevice m_router;
     std::vector<std::string> m_targetRegisters;
-    std::string m_debugPort;
 };
 
 } // namespace Sim

@@ -139,6 +139,8 @@ TEST_F(OpenOcdTest, MixedChainOfEightTaps)
     ASSERT_NE(core, nullptr);
     EXPECT_EQ(core->Memory(value, 0x20000010, 1, false), 0u);
     EXPECT_EQ(value, 0xC0FFEE01u);
+    EXPECT_NE(Target("T3")->Memory(value, 0x20000010, 1, false), 0u) << "T3 holds no debug port";
+    EXPECT_EQ(TapId("T7"), 0x100000BFu) << "OpenOCD survived";
 }
 
 TEST_F(OpenOcdTest, FailuresAreReportedWithoutHanging)
