@@ -45,7 +45,8 @@ ToolEnvironment ToolEnvironment::Prepare(const ToolOptions& options)
         options.openOcd.empty() ? ChooseFolder(options.boardDir, "COMMON_VEXIF", "board") : options.boardDir;
     if (!options.openOcd.empty()) {
         uEnvironment::SetVar("DEVID_OPENOCD", options.openOcd.c_str());
-        uEnvironment::SetVar("COMMON_VEXIF", environment.m_boardDir.c_str());
+        if (environment.m_boardDir.empty())
+            uEnvironment::SetVar("COMMON_VEXIF", "");
     }
     if (!environment.m_databaseDir.empty())
         uEnvironment::SetVar("TRACE_XMLDB_DEVICES", environment.m_databaseDir.c_str());

@@ -5,6 +5,8 @@
 
 #include <new>
 
+// Through OpenOCD, throws Mora::Lux::Hexkit::HexkitError with OpenOCD's message
+// when OpenOCD cannot be reached or fails to list the scan chain.
 extern "C" int NewTargetAdapter(const char* deviceName, Mora::Lux::Hexkit::TargetAdapter** adapter)
 {
     using namespace Mora::Lux::Sim;
