@@ -14,14 +14,10 @@ namespace Sim {
 
 class JtagTap {
 public:
-    /// Longest instruction register the simulator accepts.
-    static const unsigned MaxIrLength = 32;
-
-    /// hasIdcode false: the TAP comes out of reset in BYPASS. A null debugPort
-    /// makes every instruction but IDCODE select BYPASS.
+    /// irLength 2 to 32. hasIdcode false: the TAP comes out of reset in BYPASS.
+    /// A null debugPort makes every instruction but IDCODE select BYPASS.
     JtagTap(unsigned irLength, bool hasIdcode, uint32_t idcode, std::unique_ptr<AdiDebugPort> debugPort);
 
-    unsigned IrLength() const { return m_irLength; }
     /// Test-Logic-Reset: IDCODE selected when there is one, else BYPASS.
     void Reset();
 

@@ -26,8 +26,6 @@ public:
 
     /// False once an exchange broke and the connection was dropped.
     bool Connected() const { return m_socket >= 0; }
-    /// "HOST:PORT" as the connection was made.
-    const std::string& Address() const { return m_address; }
 
     /// Splits "HOST:PORT"; false for a missing host, or a port that is not 1 to 65535.
     static bool ParseAddress(const std::string& text, std::string& host, uint16_t& port);
