@@ -144,6 +144,7 @@ public:
             m_port = static_cast<uint16_t>(std::stoul(line.substr(colon + 1)));
     }
     uint16_t port() const { return m_port; }
+    ChildProcess& process() { return m_process; }
     /// OpenOCD commands that reach this simulator.
     std::string adapterCommands() const
     {
@@ -178,6 +179,7 @@ public:
     bool ready() const { return m_ready; }
     std::string address() const { return "127.0.0.1:" + std::to_string(m_tclPort); }
     ChildProcess& openocd() { return m_openocd; }
+    JtagSim& sim() { return m_sim; }
 
 private:
     JtagSim m_sim;

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <memory>
+#include <thread>
 
 using namespace sibling_client;
 using devid_test::OpenOcdBench;
@@ -187,8 +188,13 @@ TEST_F(OpenOcdTest, FailuresAreReportedWithoutHanging)
         EXPECT_NE(std::string(error.what()).find("OpenOCD at " + bench.address()), std::string::npos) << error.what();
     }
     EXPECT_THROW(core->Memory(value, 0x100, 1, false), std::exception);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
     EXPECT_THROW(Target("R"), std::exception);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+
+    // The simulator goes with its client.
+    for (int i = 0; i < 100 && bench.sim().process().Running(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(bench.sim().process().Running());
 }
 
 // The board's own OpenOCD configuration, with a memory access port target
