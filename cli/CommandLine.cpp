@@ -65,6 +65,16 @@ void AddDeviceOptions(CLI::App& app, ToolOptions& options, bool withLoad)
         ->check(CLI::ExistingDirectory);
     app.add_option("--board", options.boardDir, "Folder of the (simulated) board (sets COMMON_VEXIF)")
         ->check(CLI::ExistingDirectory);
+    app.add_option("--openocd", options.openOcd,
+                   "Reach the device through a running OpenOCD's Tcl RPC port, HOST:PORT (docs/openocd.md)")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                const size_t colon = text.rfind(':');
+                const bool ok = colon != std::string::npos && colon > 0 && colon + 1 < text.size() &&
+                                text.find_first_not_of("0123456789", colon + 1) == std::string::npos;
+                return ok ? std::string() : "expected HOST:PORT, got \"" + text + "\"";
+            },
+            "HOST:PORT"));
     if (withLoad)
         app.add_option("--load", options.loadFile,
                        "Work offline from a saved configuration: a .dim file or a .tdf file");

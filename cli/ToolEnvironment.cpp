@@ -40,7 +40,14 @@ ToolEnvironment ToolEnvironment::Prepare(const ToolOptions& options)
 {
     ToolEnvironment environment;
     environment.m_databaseDir = ChooseFolder(options.databaseDir, "TRACE_XMLDB_DEVICES", "db");
-    environment.m_boardDir = ChooseFolder(options.boardDir, "COMMON_VEXIF", "board");
+    // Through OpenOCD the chain is what OpenOCD reports, so only a board asked for describes it.
+    environment.m_boardDir =
+        options.openOcd.empty() ? ChooseFolder(options.boardDir, "COMMON_VEXIF", "board") : options.boardDir;
+    if (!options.openOcd.empty()) {
+        uEnvironment::SetVar("DEVID_OPENOCD", options.openOcd.c_str());
+        if (environment.m_boardDir.empty())
+            uEnvironment::SetVar("COMMON_VEXIF", "");
+    }
     if (!environment.m_databaseDir.empty())
         uEnvironment::SetVar("TRACE_XMLDB_DEVICES", environment.m_databaseDir.c_str());
     if (!environment.m_boardDir.empty())

@@ -31,6 +31,7 @@ struct ToolOptions {
     // Common to the device commands.
     std::string databaseDir;
     std::string boardDir;
+    std::string openOcd; // HOST:PORT of a running OpenOCD, "" for none
     std::string loadFile;
     int logLevel = -1; // -1: leave MORA_TRACE_LOGGING as it is
     bool json = false;

@@ -15,7 +15,7 @@ _devid()
     local cur prev words cword
     _init_completion || return
 
-    local device_options="--db --board --json --log-level --load --help"
+    local device_options="--db --board --openocd --json --log-level --load --help"
     local queries="identify procs proc routes settings save"
 
     case $prev in
@@ -31,6 +31,9 @@ _devid()
             _filedir '@(dim|tdf)'
             return
             ;;
+        --openocd)
+            return
+            ;;
     esac
 
     # The command path so far ("load routes", "tdf ls") and how many plain
@@ -39,7 +42,7 @@ _devid()
     local i command="" positional=0 tool=("${words[0]/#\~/$HOME}")
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
-            --db | --board | --load)
+            --db | --board | --load | --openocd)
                 tool+=("${words[i]}" "${words[i + 1]/#\~/$HOME}")
                 ((i++))
                 continue

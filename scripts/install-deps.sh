@@ -2,7 +2,7 @@
 # Installs the Debian packages the build, the tests and the tools need, when missing.
 set -euo pipefail
 packages=(cmake make g++ pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-          libpugixml-dev libcli11-dev nlohmann-json3-dev libspdlog-dev clang libclang-rt-14-dev graphviz)
+          libpugixml-dev libcli11-dev nlohmann-json3-dev libspdlog-dev clang libclang-rt-14-dev graphviz openocd)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -35,6 +35,12 @@ struct SimDevice {
     bool ready = true;
     /// False when no target adapter can be made for the device.
     bool adapterAvailable = true;
+    /// Instruction register length of a router's TAP on the simulated scan chain.
+    uint32_t irLength = 4;
+    /// Through OpenOCD: the TAP a router stands for ("" = the next one on the chain).
+    std::string tap;
+    /// Through OpenOCD: the target that answers this device's register and memory reads.
+    std::string target;
     std::vector<SimRegister> registers;
     std::vector<SimMemoryWord> memory;
 
@@ -42,6 +48,16 @@ struct SimDevice {
     const SimRegister* FindRegister(const std::string& registerName) const;
     /// Null when no memory word sits at that address.
     const SimMemoryWord* FindMemory(uint32_t address) const;
+};
+
+/// Where a board reached through OpenOCD finds it; at most one of the two is set.
+struct SimOpenOcd {
+    /// "HOST:PORT" of the Tcl RPC server of a running OpenOCD.
+    std::string address;
+    /// Full path of the configuration file to start OpenOCD with.
+    std::string script;
+    /// Time limit of each exchange with OpenOCD.
+    uint32_t timeoutMs = 5000;
 };
 
 /// How the trace factory answers a connection request.
@@ -55,6 +71,9 @@ struct SimBoard {
     std::string connectMessage = "simulated board refuses the channel server connection";
     /// In scan-chain order.
     std::vector<SimDevice> devices;
+    /// True when registers and memory are read through OpenOCD rather than from this file.
+    bool throughOpenOcd = false;
+    SimOpenOcd openOcd;
 
     /// Null when no device has that name.
     const SimDevice* FindDevice(const std::string& deviceName) const;

@@ -132,7 +132,7 @@ SimMemoryWord ReadMemoryWord(const pugi::xml_node& element)
 
 SimDevice ReadDevice(const pugi::xml_node& element, bool boardReady)
 {
-    CheckAttributes(element, {"name", "type", "parent", "traceid", "dap", "outfile", "ready", "adapter"});
+    CheckAttributes(element, {"name", "type", "parent", "traceid", "dap", "outfile", "ready", "adapter", "irlen", "tap", "target"});
     SimDevice device;
     device.name = RequiredName(element);
     device.type = RequiredNumber(element, "type");
@@ -142,8 +142,13 @@ SimDevice ReadDevice(const pugi::xml_node& element, bool boardReady)
     device.outputFile = element.attribute("outfile").value();
     device.ready = OptionalBool(element, "ready", boardReady);
     device.adapterAvailable = OptionalBool(element, "adapter", true);
+    device.irLength = OptionalNumber(element, "irlen", device.irLength);
+    device.tap = element.attribute("tap").value();
+    device.target = element.attribute("target").value();
     if (device.parent == device.name)
         Fail(element, "a device cannot be its own parent");
+    if (device.irLength < 2 || device.irLength > 32)
+        Fail(element, "attribute \"irlen\" must be 2 to 32");
 
     ForEachElement(element, [&](const pugi::xml_node& child) {
         if (std::strcmp(child.name(), "register") == 0) {
@@ -179,6 +184,19 @@ void ReadTraceFactory(const pugi::xml_node& element, SimBoard& board)
         board.connectMessage = message.value();
 }
 
+void ReadOpenOcd(const pugi::xml_node& element, const std::string& folder, SimBoard& board)
+{
+    CheckAttributes(element, {"address", "script", "timeout"});
+    board.openOcd.address = element.attribute("address").value();
+    std::string script = element.attribute("script").value();
+    if (board.openOcd.address.empty() == script.empty())
+        Fail(element, "exactly one of \"address\" and \"script\" must be given");
+    if (!script.empty())
+        board.openOcd.script = script[0] == '/' ? script : folder + "/" + script;
+    board.openOcd.timeoutMs = OptionalNumber(element, "timeout", board.openOcd.timeoutMs);
+    board.throughOpenOcd = true;
+}
+
 SimBoard ReadBoard(const pugi::xml_node& root, const std::string& folder)
 {
     if (std::strcmp(root.name(), "simboard") != 0)
@@ -205,6 +223,10 @@ SimBoard ReadBoard(const pugi::xml_node& root, const std::string& folder)
                 Fail(child, "only one <tracefactory> is allowed");
             haveTraceFactory = true;
             ReadTraceFactory(child, board);
+        } else if (std::strcmp(child.name(), "openocd") == 0) {
+            if (board.throughOpenOcd)
+                Fail(child, "only one <openocd> is allowed");
+            ReadOpenOcd(child, folder, board);
         } else {
             Fail(child, "unknown element in <simboard>");
         }

@@ -1,6 +1,10 @@
 #include "simboard/SimSetupAdapter.h"
 
+#include "devid/target/HexkitError.h"
+#include "simboard/OpenOcdBoard.h"
 #include "simboard/SimBoardReader.h"
+
+#include <cstdlib>
 
 namespace Mora {
 namespace Lux {
@@ -8,12 +12,35 @@ namespace Sim {
 
 bool SimSetupAdapter::Open(std::string& nameOrError)
 {
-    SimBoardReadResult read = SimBoardReader::ReadFromEnvironment();
-    m_board = std::move(read.board);
-    m_open = read.ok;
-    if (!read.ok)
+    SimBoardReadResult read = OpenOcdBoard::ReadDescription();
+    m_board = SimBoard();
+    m_open = false;
+    if (!read.ok) {
         nameOrError = "cannot open the simulated board: " + read.description;
-    return read.ok;
+        return false;
+    }
+    if (!read.board.throughOpenOcd) {
+        m_board = std::move(read.board);
+        m_open = true;
+        return true;
+    }
+    try {
+        m_board = Discover(read.board);
+        m_open = true;
+    } catch (const Hexkit::HexkitError& error) {
+        nameOrError = error.what();
+    }
+    return m_open;
+}
+
+SimBoard SimSetupAdapter::Discover(const SimBoard& described)
+{
+    const char* running = std::getenv(OpenOcdBoard::AddressVariable);
+    const bool useRunning = running != nullptr && *running != '\0';
+    if (!useRunning && !described.openOcd.script.empty() && m_openOcd == nullptr)
+        m_openOcd = std::make_unique<OpenOcdProcess>(described.openOcd.script, described.openOcd.timeoutMs);
+    std::unique_ptr<OpenOcdClient> client = OpenOcdBoard::Connect(described);
+    return OpenOcdBoard::Discover(*client, described);
 }
 
 void SimSetupAdapter::GetBoardConfigFile(std::string& path)

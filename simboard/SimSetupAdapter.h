@@ -1,10 +1,14 @@
 // Setup adapter over the simulated board: reports the board configuration
-// file and the scan chain that simboard.xml describes.
+// file and the scan chain that simboard.xml describes, or, for a board reached
+// through OpenOCD, the chain that OpenOCD reports.
 #ifndef MORA_LUX_SIM_SIMSETUPADAPTER_H
 #define MORA_LUX_SIM_SIMSETUPADAPTER_H
 
 #include "devid/target/SetupAdapter.h"
+#include "simboard/OpenOcdProcess.h"
 #include "simboard/SimBoard.h"
+
+#include <memory>
 
 namespace Mora {
 namespace Lux {
@@ -12,7 +16,9 @@ namespace Sim {
 
 class SimSetupAdapter : public Trace::SetupAdapter {
 public:
-    /// Reads the board; false with the reason in the string when it cannot, and then no devices.
+    /// Reads the board, through OpenOCD when it goes through OpenOCD (starting
+    /// OpenOCD when the board says so); false with the reason in the string when
+    /// it cannot, and then no devices.
     bool Open(std::string& nameOrError) override;
     /// "" before a successful Open.
     void GetBoardConfigFile(std::string& path) override;
@@ -30,8 +36,13 @@ public:
 private:
     const SimDevice* DeviceAt(int32_t index) const;
 
+    /// Reads the scan chain through OpenOCD; throws Hexkit::HexkitError when it cannot.
+    SimBoard Discover(const SimBoard& described);
+
     SimBoard m_board;
     bool m_open = false;
+    /// The OpenOCD this adapter started, stopped with it.
+    std::unique_ptr<OpenOcdProcess> m_openOcd;
 };
 
 } // namespace Sim

@@ -1,7 +1,7 @@
 #include "simboard/SimTraceFactory.h"
 
 #include "devid/target/HexkitError.h"
-#include "simboard/SimBoardReader.h"
+#include "simboard/OpenOcdBoard.h"
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ void SimTraceFactory::ConnectChannelServer(Trace::ChannelServer** server, int)
     if (server == nullptr)
         return;
     *server = nullptr;
-    SimBoardReadResult read = SimBoardReader::ReadFromEnvironment();
+    SimBoardReadResult read = OpenOcdBoard::ReadDescription();
     if (!read.ok || read.board.connectMode == SimConnectMode::Fail)
         return;
     if (read.board.connectMode == SimConnectMode::Throw)

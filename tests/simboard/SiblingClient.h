@@ -4,7 +4,10 @@
 #ifndef DEVID_TESTS_SIBLINGCLIENT_H
 #define DEVID_TESTS_SIBLINGCLIENT_H
 
+#include <dlfcn.h>
+
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 
 namespace sibling_client {
@@ -53,6 +56,27 @@ public:
 protected:
     ~Factory() = default;
 };
+
+/// Opens a sibling library by its short name (by full path under the
+/// sanitizers, whose dlopen wrapper hides the test's run path); throws on failure.
+inline void* Open(const std::string& fileName)
+{
+#ifdef SIBLING_TEST_FULL_PATHS
+    void* library = dlopen((DEVID_BUILD_DIR "/lib/" + fileName).c_str(), RTLD_NOW | RTLD_LOCAL);
+#else
+    void* library = dlopen(fileName.c_str(), RTLD_NOW | RTLD_LOCAL);
+#endif
+    if (library == nullptr)
+        throw std::runtime_error(dlerror());
+    return library;
+}
+
+template <typename Fn> Fn Symbol(void* library, const char* name)
+{
+    if (void* address = dlsym(library, name))
+        return reinterpret_cast<Fn>(address);
+    throw std::runtime_error(std::string("missing symbol ") + name);
+}
 
 } // namespace sibling_client
 

@@ -5,33 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
 #include <memory>
-#include <stdexcept>
 
 using namespace sibling_client;
 
 namespace {
-
-void* Open(const std::string& fileName)
-{
-#ifdef SIBLING_TEST_FULL_PATHS
-    void* library = dlopen((DEVID_BUILD_DIR "/lib/" + fileName).c_str(), RTLD_NOW | RTLD_LOCAL);
-#else
-    void* library = dlopen(fileName.c_str(), RTLD_NOW | RTLD_LOCAL);
-#endif
-    if (library == nullptr)
-        throw std::runtime_error(dlerror());
-    return library;
-}
-
-template <typename Fn> Fn Symbol(void* library, const char* name)
-{
-    if (void* address = dlsym(library, name))
-        return reinterpret_cast<Fn>(address);
-    throw std::runtime_error(std::string("missing symbol ") + name);
-}
 
 class SiblingLibrariesTest : public ::testing::Test {
 protected:

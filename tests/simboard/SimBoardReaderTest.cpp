@@ -16,8 +16,9 @@ TEST(SimBoardReaderTest, ReadsAGoodBoard)
   <device name="CORE" type="0x51A00010" parent="ROUTER" traceid="017" ready="1">
     <memory address="0xE00FF000" value="4294967295"/><register name="CORE_ID" value="0X1f"/>
   </device>
-  <device name="ROUTER" type="0x38000101" adapter="false"/>
+  <device name="ROUTER" type="0x38000101" adapter="false" irlen="32" tap="chip.tap"/>
   <tracefactory connect="throw" message="busy"/>
+  <openocd script="probe.cfg" timeout="900"/>
 </simboard>)");
     SimBoardReadResult read = SimBoardReader::ReadFolder(dir.path());
     ASSERT_TRUE(read.ok) << read.description;
@@ -35,6 +36,11 @@ TEST(SimBoardReaderTest, ReadsAGoodBoard)
     EXPECT_EQ(core.FindMemory(0xE00FF000)->value, 0xFFFFFFFFu);
     EXPECT_FALSE(board.devices[1].ready) << "inherits the board's readiness";
     EXPECT_FALSE(board.devices[1].adapterAvailable);
+    EXPECT_EQ(board.devices[1].irLength, 32u);
+    EXPECT_EQ(board.devices[1].tap, "chip.tap");
+    EXPECT_TRUE(board.throughOpenOcd);
+    EXPECT_EQ(board.openOcd.script, dir.file("probe.cfg"));
+    EXPECT_EQ(board.openOcd.timeoutMs, 900u);
 }
 
 TEST(SimBoardReaderTest, MalformedOrMissingBoardsAreDescribedFailures)
@@ -46,6 +52,9 @@ TEST(SimBoardReaderTest, MalformedOrMissingBoardsAreDescribedFailures)
         {"<device name=\"A\" type=\"1\"/><device name=\"A\" type=\"2\"/>", "duplicate device"},
         {"<device name=\"A\" type=\"1\" parent=\"B\"/>", "parent \"B\""},
         {"<device name=\"A\" type=\"1\"><register name=\"R\"/></device>", "\"value\""},
+        {"<device name=\"A\" type=\"1\" irlen=\"1\"/>", "irlen"},
+        {"<openocd address=\"h:1\" script=\"s.cfg\"/>", "exactly one"},
+        {"<openocd address=\"h:1\"/><openocd address=\"h:2\"/>", "only one <openocd>"},
     };
     devid_test::TempDir dir;
     for (const auto& [body, reason] : cases) {
