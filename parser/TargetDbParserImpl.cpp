@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstring>
 
 namespace Mora {
 namespace Lux {
@@ -76,18 +75,23 @@ char FoldCase(char c)
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool EqualIgnoringCase(const char* a, const char* b)
+// The first two letters of the name, folded; 0 for an empty name.
+unsigned NameKey(const char* name)
 {
-    for (; *a && *b; ++a, ++b) {
-        if (FoldCase(*a) != FoldCase(*b))
-            return false;
-    }
-    return *a == *b;
+    const unsigned first = static_cast<unsigned char>(FoldCase(name[0]));
+    return first == 0 ? 0 : first | static_cast<unsigned char>(FoldCase(name[1])) << 8;
 }
 
-std::size_t NameKey(const char* name)
+// For two names of the same key, which already agree up to their second letter.
+bool RestEqualIgnoringCase(const char* a, const char* b)
 {
-    return std::strlen(name) << 8 | static_cast<unsigned char>(FoldCase(name[0]));
+    if (a[0] == '\0' || a[1] == '\0')
+        return true;
+    for (a += 2, b += 2; *a == *b || FoldCase(*a) == FoldCase(*b); ++a, ++b) {
+        if (*a == '\0')
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -143,9 +147,9 @@ const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* 
         }
         m_attributesOf = element.internal_object();
     }
-    const std::size_t key = NameKey(name);
+    const unsigned key = NameKey(name);
     for (const Attribute& attribute : m_attributes) {
-        if (attribute.key == key && EqualIgnoringCase(attribute.name, name))
+        if (attribute.key == key && RestEqualIgnoringCase(attribute.name, name))
             return attribute.value;
     }
     return nullptr;

@@ -7,7 +7,6 @@
 
 #include <pugixml.hpp>
 
-#include <cstddef>
 #include <deque>
 #include <vector>
 
@@ -50,9 +49,9 @@ private:
     // one element in a row, and each step through pugixml's list is a library call.
     pugi::xml_node_struct* m_attributesOf = nullptr;
     struct Attribute {
-        // Length and folded first letter of the name: most names are told apart by these
+        // The first two letters of the name, folded: most names are told apart by these
         // alone, so a lookup compares whole names only where they agree.
-        std::size_t key;
+        unsigned key;
         const char* name;
         const char* value;
     };
