@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace Mora {
@@ -118,7 +120,7 @@ void TargetDbParserImpl::ReleaseDocument()
     m_attributesOf = nullptr;
     m_attributes.clear();
     m_root = nullptr;
-    m_nodes.clear();
+    m_nodeBlocks.clear();
     m_document.reset();
 }
 
@@ -159,7 +161,13 @@ DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)
 {
     if (!element)
         return &m_endNode;
-    return &m_nodes.emplace_back(*this, element);
+    if (m_nodeBlocks.empty() || m_nodeBlocks.back().size() == m_nodeBlocks.back().capacity()) {
+        const std::size_t capacity =
+            m_nodeBlocks.empty() ? 64 : std::min<std::size_t>(m_nodeBlocks.back().capacity() * 2, 8192);
+        m_nodeBlocks.emplace_back();
+        m_nodeBlocks.back().reserve(capacity);
+    }
+    return &m_nodeBlocks.back().emplace_back(*this, element);
 }
 
 } // namespace Trace

@@ -7,7 +7,6 @@
 
 #include <pugixml.hpp>
 
-#include <deque>
 #include <vector>
 
 namespace Mora {
@@ -41,8 +40,9 @@ public:
 
 private:
     pugi::xml_document m_document;
-    // A deque never moves its elements, so handed-out pointers stay valid as it grows.
-    std::deque<DBNodeImpl> m_nodes;
+    // Each block is filled up to the capacity reserved for it and never grows, so handed-out
+    // pointers stay valid; blocks double in size, so a large document needs few allocations.
+    std::vector<std::vector<DBNodeImpl>> m_nodeBlocks;
     DBNode* m_root = nullptr;
     DBNodeImpl m_endNode;
     // The attributes of the element read last: the loaders ask for several attributes of
