@@ -42,21 +42,17 @@ CSourceInfo* FirstProcInfo(CDeviceIdentifierImpl& identifier, uint32_t deviceId)
     return identifier.GetSources().front().get();
 }
 
-// One identifier per iteration; its teardown is not timed. A first instance
-// of a process finds nothing remembered and searches the folder; it is timed
-// from its construction. A later instance is timed from the search: its start-up
-// is the same whatever the database holds and is measured on its own.
+// One identifier per iteration, timed from its construction to its first
+// source; its teardown is not timed. A first instance of a process finds
+// nothing remembered and searches the folder; a later one takes the
+// remembered file at once.
 void Identify(benchmark::State& state, const GeneratedDatabase& database, bool firstInstance)
 {
     setenv("TRACE_XMLDB_DEVICES", database.folder.c_str(), 1);
     for (auto _ : state) {
         if (firstInstance)
             Mora::Lux::Trace::InvalidateDeviceXmlName();
-        else
-            state.PauseTiming();
         auto identifier = std::make_unique<CDeviceIdentifierImpl>();
-        if (!firstInstance)
-            state.ResumeTiming();
         CSourceInfo* source = FirstProcInfo(*identifier, kMatchingId);
         if (source == nullptr || identifier->GetLoadedDeviceFile() != database.matchingFile) {
             state.SkipWithError("the matching description was not loaded");
@@ -116,6 +112,28 @@ void IdentifyCached(benchmark::State& state)
     Identify(state, *database, false);
 }
 
+// Reloading the remembered file into an identifier that holds it already:
+// the old model freed, the file parsed, the new model built.
+void ReloadMatching(benchmark::State& state)
+{
+    const GeneratedDatabase* database = DatabaseOrSkip(state, 200);
+    if (database == nullptr)
+        return;
+    setenv("TRACE_XMLDB_DEVICES", database->folder.c_str(), 1);
+    CDeviceIdentifierImpl identifier;
+    // The first load searches the folder and remembers the file; the reloads take it at once.
+    bool loaded = FirstProcInfo(identifier, kMatchingId) != nullptr;
+    for (auto _ : state) {
+        identifier.Reset();
+        loaded = loaded && FirstProcInfo(identifier, kMatchingId) != nullptr &&
+                 identifier.GetLoadedDeviceFile() == database->matchingFile;
+        if (!loaded) {
+            state.SkipWithError("the matching description was not loaded");
+            break;
+        }
+    }
+}
+
 // Start-up of an identifier without a board or a trace server: log set-up,
 // loading the parser library, looking for a running trace server.
 void CreateIdentifier(benchmark::State& state)
@@ -143,6 +161,7 @@ BENCHMARK(ParseFloor)->ArgName("files")->Arg(1000)->Unit(benchmark::kMillisecond
 BENCHMARK(IdentifyFirstInstance)->ArgName("files")->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ParseMatchingFile)->Unit(benchmark::kMicrosecond);
 BENCHMARK(IdentifyCached)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ReloadMatching)->Unit(benchmark::kMicrosecond);
 BENCHMARK(CreateIdentifier)->Unit(benchmark::kMicrosecond);
 
 } // namespace devid_bench

@@ -96,6 +96,42 @@ void LargeLoad(benchmark::State& state)
     state.counters["pugixml_MiB"] = documentPeak / kMiB;
 }
 
+// A warm reload: the identifier frees its model and loads the file again.
+void LargeReload(benchmark::State& state)
+{
+    LargeDevice device;
+    if (!Prepare(state, device))
+        return;
+    auto identifier = Load(device);
+    if (!identifier) {
+        state.SkipWithError("the large device did not load");
+        return;
+    }
+    for (auto _ : state) {
+        if (!identifier->LoadAllDeviceDatabases(true)) {
+            state.SkipWithError("the large device did not load again");
+            break;
+        }
+    }
+}
+
+// The floor of a reload: pugixml parsing the same file into a document it reuses.
+void LargeParse(benchmark::State& state)
+{
+    LargeDevice device;
+    if (!Prepare(state, device))
+        return;
+    const std::string path = device.folder + "/device_large.xml";
+    pugi::xml_document document;
+    for (auto _ : state) {
+        if (!document.load_file(path.c_str())) {
+            state.SkipWithError(("pugixml cannot parse " + path).c_str());
+            break;
+        }
+        benchmark::DoNotOptimize(document.first_child().internal_object());
+    }
+}
+
 void LargeNormalize(benchmark::State& state)
 {
     LargeDevice device;
@@ -131,5 +167,7 @@ void LargeNormalize(benchmark::State& state)
 
 BENCHMARK(LargeLoad)->Unit(benchmark::kMillisecond);
 BENCHMARK(LargeNormalize)->Unit(benchmark::kMillisecond);
+BENCHMARK(LargeParse)->Unit(benchmark::kMillisecond);
+BENCHMARK(LargeReload)->Unit(benchmark::kMillisecond);
 
 } // namespace devid_bench

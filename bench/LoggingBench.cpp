@@ -1,5 +1,6 @@
 // Log lines per second with the file flushed after every line: our logger
-// against spdlog's file sink set to flush on every message.
+// against spdlog's file sink set to flush on every message, and against the
+// floor of any such logger, fprintf and fflush of the same line.
 #include "bench/BenchData.h"
 
 #include "common/source/source_utilities/uLogger.h"
@@ -67,8 +68,29 @@ void LogSpdlog(benchmark::State& state)
     std::remove(path.c_str());
 }
 
+void LogFprintf(benchmark::State& state)
+{
+    const std::string path = LogPath(state, "fprintf.txt");
+    if (path.empty())
+        return;
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) {
+        state.SkipWithError(("cannot write " + path).c_str());
+        return;
+    }
+    for (auto _ : state) {
+        std::fprintf(file, "DevId: Module added name: %s, kind:%s, access proc:%s, version=%s\n", kName, kKind,
+                     kProc, kVersion);
+        std::fflush(file);
+    }
+    std::fclose(file);
+    state.SetItemsProcessed(state.iterations());
+    std::remove(path.c_str());
+}
+
 } // namespace
 
+BENCHMARK(LogFprintf);
 BENCHMARK(LogSpdlog);
 BENCHMARK(LogULogger);
 

@@ -9,10 +9,54 @@ namespace Mora {
 namespace Lux {
 namespace Trace {
 
+namespace {
+
+int DigitValue(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return 16;
+}
+
+// The plain decimal and "0x" numbers that fill a description, read without the C
+// library's locale and errno handling (a load reads hundreds of thousands). False
+// for anything else (blanks, signs, octal, more than 16 digits): strtoull decides.
+bool ParsePlainNumber(const char* text, uint32_t& value)
+{
+    int radix = 10;
+    if (text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+        radix = 16;
+        text += 2;
+    } else if (text[0] == '0' && DigitValue(text[1]) < 10) {
+        return false;
+    }
+    uint64_t total = 0;
+    int digits = 0;
+    for (int digit = DigitValue(*text); digit < radix; digit = DigitValue(*++text)) {
+        if (++digits > 16)
+            return false;
+        total = total * static_cast<uint64_t>(radix) + static_cast<uint64_t>(digit);
+    }
+    if (digits == 0)
+        return false;
+    value = total > std::numeric_limits<uint32_t>::max() ? std::numeric_limits<uint32_t>::max()
+                                                          : static_cast<uint32_t>(total);
+    return true;
+}
+
+} // namespace
+
 uint32_t ParseUnsigned32(const char* text, int base)
 {
     if (text == nullptr)
         return 0;
+    uint32_t plain = 0;
+    if (base == 0 && DigitValue(*text) < 10 && ParsePlainNumber(text, plain))
+        return plain;
     while (std::isspace(static_cast<unsigned char>(*text)))
         ++text;
     const bool negative = *text == '-';

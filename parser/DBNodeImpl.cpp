@@ -8,17 +8,6 @@ namespace Trace {
 
 namespace {
 
-// ASCII only: the database's names are ASCII, and the host's locale must not matter.
-bool EqualIgnoringCase(const char* a, const char* b)
-{
-    auto fold = [](unsigned char c) { return (c >= 'A' && c <= 'Z') ? c - 'A' + 'a' : c; };
-    for (; *a && *b; ++a, ++b) {
-        if (fold(static_cast<unsigned char>(*a)) != fold(static_cast<unsigned char>(*b)))
-            return false;
-    }
-    return *a == *b;
-}
-
 // Text, comments and other node kinds are never presented, so navigation skips them.
 pugi::xml_node ThisOrNextElement(pugi::xml_node node)
 {
@@ -41,13 +30,7 @@ const char* DBNodeImpl::GetName()
 
 const char* DBNodeImpl::GetAttribute(const char* name)
 {
-    if (!name)
-        return nullptr;
-    for (const auto& attribute : m_owner.AttributesOf(m_element)) {
-        if (EqualIgnoringCase(attribute.first, name))
-            return attribute.second;
-    }
-    return nullptr;
+    return m_owner.AttributeOf(m_element, name);
 }
 
 DBNode* DBNodeImpl::GetFirstChild()

@@ -14,7 +14,7 @@ class TargetDbParserImpl;
 
 /// A thin handle on a pugixml element; an empty handle is the parser's end node,
 /// which has no name or attributes and whose navigation leads back to itself.
-class DBNodeImpl : public DBNode {
+class DBNodeImpl final : public DBNode {
 public:
     DBNodeImpl(TargetDbParserImpl& owner, pugi::xml_node element);
 

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace Mora {
@@ -69,6 +71,31 @@ bool HasOneRootElement(const pugi::xml_document& document)
     return elements == 1;
 }
 
+// ASCII only: the database's names are ASCII, and the host's locale must not matter.
+char FoldCase(char c)
+{
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The first two letters of the name, folded; 0 for an empty name.
+unsigned NameKey(const char* name)
+{
+    const unsigned first = static_cast<unsigned char>(FoldCase(name[0]));
+    return first == 0 ? 0 : first | static_cast<unsigned char>(FoldCase(name[1])) << 8;
+}
+
+// For two names of the same key, which already agree up to their second letter.
+bool RestEqualIgnoringCase(const char* a, const char* b)
+{
+    if (a[0] == '\0' || a[1] == '\0')
+        return true;
+    for (a += 2, b += 2; *a == *b || FoldCase(*a) == FoldCase(*b); ++a, ++b) {
+        if (*a == '\0')
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 TargetDbParserImpl::TargetDbParserImpl() : m_endNode(*this, pugi::xml_node())
@@ -93,7 +120,7 @@ void TargetDbParserImpl::ReleaseDocument()
     m_attributesOf = nullptr;
     m_attributes.clear();
     m_root = nullptr;
-    m_nodes.clear();
+    m_nodeBlocks.clear();
     m_document.reset();
 }
 
@@ -109,23 +136,38 @@ DBNode* TargetDbParserImpl::GetRootNode()
     return m_root;
 }
 
-const std::vector<TargetDbParserImpl::Attribute>& TargetDbParserImpl::AttributesOf(pugi::xml_node element)
+const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* name)
 {
-    if (!element || element.internal_object() != m_attributesOf) {
+    if (!element || name == nullptr)
+        return nullptr;
+    if (element.internal_object() != m_attributesOf) {
         m_attributes.clear();
         for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
-             attribute = attribute.next_attribute())
-            m_attributes.emplace_back(attribute.name(), attribute.value());
+             attribute = attribute.next_attribute()) {
+            const char* attributeName = attribute.name();
+            m_attributes.push_back({NameKey(attributeName), attributeName, attribute.value()});
+        }
         m_attributesOf = element.internal_object();
     }
-    return m_attributes;
+    const unsigned key = NameKey(name);
+    for (const Attribute& attribute : m_attributes) {
+        if (attribute.key == key && RestEqualIgnoringCase(attribute.name, name))
+            return attribute.value;
+    }
+    return nullptr;
 }
 
 DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)
 {
     if (!element)
         return &m_endNode;
-    return &m_nodes.emplace_back(*this, element);
+    if (m_nodeBlocks.empty() || m_nodeBlocks.back().size() == m_nodeBlocks.back().capacity()) {
+        const std::size_t capacity =
+            m_nodeBlocks.empty() ? 64 : std::min<std::size_t>(m_nodeBlocks.back().capacity() * 2, 8192);
+        m_nodeBlocks.emplace_back();
+        m_nodeBlocks.back().reserve(capacity);
+    }
+    return &m_nodeBlocks.back().emplace_back(*this, element);
 }
 
 } // namespace Trace

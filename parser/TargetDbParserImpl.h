@@ -7,8 +7,6 @@
 
 #include <pugixml.hpp>
 
-#include <deque>
-#include <utility>
 #include <vector>
 
 namespace Mora {
@@ -36,20 +34,27 @@ public:
     /// Asked once per element, by the one node that leads to it, which keeps the answer.
     DBNode* NodeFor(pugi::xml_node element);
 
-    using Attribute = std::pair<const char*, const char*>;
-    /// Name and value of each attribute of `element`, in document order; empty for an empty
-    /// handle. Valid until the next call.
-    const std::vector<Attribute>& AttributesOf(pugi::xml_node element);
+    /// The value of the first attribute of `element` whose name matches `name` without regard
+    /// to ASCII case, or null; null for an empty handle.
+    const char* AttributeOf(pugi::xml_node element, const char* name);
 
 private:
     pugi::xml_document m_document;
-    // A deque never moves its elements, so handed-out pointers stay valid as it grows.
-    std::deque<DBNodeImpl> m_nodes;
+    // Each block is filled up to the capacity reserved for it and never grows, so handed-out
+    // pointers stay valid; blocks double in size, so a large document needs few allocations.
+    std::vector<std::vector<DBNodeImpl>> m_nodeBlocks;
     DBNode* m_root = nullptr;
     DBNodeImpl m_endNode;
     // The attributes of the element read last: the loaders ask for several attributes of
     // one element in a row, and each step through pugixml's list is a library call.
     pugi::xml_node_struct* m_attributesOf = nullptr;
+    struct Attribute {
+        // The first two letters of the name, folded: most names are told apart by these
+        // alone, so a lookup compares whole names only where they agree.
+        unsigned key;
+        const char* name;
+        const char* value;
+    };
     std::vector<Attribute> m_attributes;
 };
 

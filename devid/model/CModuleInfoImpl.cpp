@@ -29,7 +29,11 @@ std::string CModuleInfoImpl::GetModuleAccessStr() { return m_access; }
 
 std::vector<CRegisterInfo*> CModuleInfoImpl::GetRegisterInfo()
 {
-    return RawPointers<CRegisterInfo>(m_registers);
+    std::vector<CRegisterInfo*> out;
+    out.reserve(m_registers.size());
+    for (CRegisterInfoImpl& reg : m_registers)
+        out.push_back(&reg);
+    return out;
 }
 
 std::vector<std::string> CModuleInfoImpl::GetMapIds()
@@ -60,10 +64,15 @@ std::string CModuleInfoImpl::LookupCharacteristicValue(const std::string& name)
     return Trace::LookupCharacteristicValue(m_characteristics, name);
 }
 
-void CModuleInfoImpl::AddRegister(CRegisterInfoImpl* reg)
+void CModuleInfoImpl::ReserveRegisters(std::size_t count)
 {
-    if (reg != nullptr)
-        m_registers.emplace_back(reg);
+    m_registers.reserve(m_registers.size() + count);
+}
+
+CRegisterInfoImpl& CModuleInfoImpl::AddRegister(const char* name)
+{
+    m_registers.emplace_back(name);
+    return m_registers.back();
 }
 
 void CModuleInfoImpl::ClearRegisters()

@@ -6,6 +6,7 @@
 #include "devid/CDeviceIdentifier.h"
 #include "devid/model/CRegisterInfoImpl.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -36,8 +37,11 @@ public:
     std::vector<CCharacteristic*> GetCharacteristics() override;
     std::string LookupCharacteristicValue(const std::string& name) override;
 
-    /// Takes ownership; null is ignored.
-    void AddRegister(CRegisterInfoImpl* reg);
+    /// Room for `count` more registers. The registers are stored in one block, so
+    /// pointers handed out by GetRegisterInfo stay valid only while none is added.
+    void ReserveRegisters(std::size_t count);
+    /// A new register named `name`, for the caller to fill in.
+    CRegisterInfoImpl& AddRegister(const char* name);
     void ClearRegisters();
     /// Takes ownership of the list and stores it under mapId, replacing (and
     /// freeing) a stored list; objects passed again in the new list are kept.
@@ -48,7 +52,7 @@ public:
     void UpdateProcName(std::string name);
 
 private:
-    std::vector<std::unique_ptr<CRegisterInfoImpl>> m_registers;
+    std::vector<CRegisterInfoImpl> m_registers;
     std::string m_name;
     std::string m_access;
     std::string m_kind;

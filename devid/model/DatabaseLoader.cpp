@@ -93,18 +93,24 @@ RegisterTexts ReadRegisterTexts(DBNode* node, RequiredAttributes& required)
 
 // Module registers and processor identifier registers decide memory mapping
 // by different rules, so the caller passes the decision in.
-std::unique_ptr<CRegisterInfoImpl> MakeRegister(const RegisterTexts& texts, bool memoryMapped)
+void FillRegister(CRegisterInfoImpl& reg, const RegisterTexts& texts, bool memoryMapped)
 {
-    auto reg = std::make_unique<CRegisterInfoImpl>(texts.id);
-    reg->memoryMapped = memoryMapped;
-    reg->memoryPage = ParseUnsigned32(texts.page, 0);
-    reg->addressableUnit = ParseUnsigned32(texts.addrunit, 0);
-    reg->widthInBits = ParseUnsigned32(texts.width, 0);
+    reg.memoryMapped = memoryMapped;
+    reg.memoryPage = ParseUnsigned32(texts.page, 0);
+    reg.addressableUnit = ParseUnsigned32(texts.addrunit, 0);
+    reg.widthInBits = ParseUnsigned32(texts.width, 0);
     if (memoryMapped)
-        reg->memoryAddress = ParseUnsigned32(texts.address, 0);
+        reg.memoryAddress = ParseUnsigned32(texts.address, 0);
     else
-        reg->driverRegisterName = texts.address;
-    return reg;
+        reg.driverRegisterName = texts.address;
+}
+
+std::size_t CountChildren(DBNode* parent, DBNode* end)
+{
+    std::size_t count = 0;
+    for (DBNode* child = parent->GetFirstChild(); Present(child, end); child = child->GetNextSibling())
+        ++count;
+    return count;
 }
 
 // Appends the characteristics listed under `container`; entries without a
@@ -233,12 +239,13 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
     std::vector<CCharacteristic*> characteristics;
     for (DBNode* child = node->GetFirstChild(); Present(child, m_endNode); child = child->GetNextSibling()) {
         if (TagIs(child, "registers")) {
+            module->ReserveRegisters(CountChildren(child, m_endNode));
             for (DBNode* r = child->GetFirstChild(); Present(r, m_endNode); r = r->GetNextSibling()) {
                 RegisterTexts texts = ReadRegisterTexts(r, required);
                 const char* type = required(r, "type");
                 if (!required.Complete())
                     return nullptr;
-                module->AddRegister(MakeRegister(texts, DatabaseNameIs(type, "mem")).release());
+                FillRegister(module->AddRegister(texts.id), texts, DatabaseNameIs(type, "mem"));
                 DevIdLog(1, "DevId: Module register added %s, %s, %s, %s, %s", texts.id, texts.address, texts.page,
                          texts.addrunit, texts.width);
             }
@@ -302,7 +309,8 @@ bool CDeviceIdentifierImpl::LoadProcInfo(DBNode* procs)
                     if (!required.Complete())
                         return false;
                     const char* type = r->GetAttribute("type");
-                    proc->idRegister = MakeRegister(texts, type == nullptr || !DatabaseNameIs(type, "reg"));
+                    proc->idRegister = std::make_unique<CRegisterInfoImpl>(texts.id);
+                    FillRegister(*proc->idRegister, texts, type == nullptr || !DatabaseNameIs(type, "reg"));
                 }
                 DBNode* value = r->GetNextSibling();
                 if (Present(value, m_endNode) && TagIs(value, "value")) {

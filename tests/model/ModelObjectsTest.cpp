@@ -52,7 +52,7 @@ TEST(ModelObjects, DeletingThroughInterfacesReleasesEverything)
 {
     // Meant for the sanitizer build, where anything left over is a leak.
     auto* impl = new CModuleInfoImpl("m", "k", "p", "0");
-    impl->AddRegister(new CRegisterInfoImpl("r"));
+    impl->AddRegister("r");
     impl->AddCharacteristics({Characteristic("c", "v")});
     impl->AddMappingInfo("k.v", {new CMappingInfoImpl("a", "b")});
     delete static_cast<CModuleInfo*>(impl);

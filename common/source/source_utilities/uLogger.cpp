@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 namespace MORA_LUX {
 
@@ -322,13 +321,10 @@ uLogSystem::~uLogSystem()
 uLogSystem* uLogSystem::GetLogSystem()
 {
     // Several client threads may ask before anything else has logged; exactly one
-    // system must come out of that.
-    static std::once_flag created;
-    std::call_once(created, [] {
-        if (m_pSystem == nullptr)
-            m_pSystem = new uLogSystem();
-    });
-    return m_pSystem;
+    // system must come out of that. A function-local static guarantees it, and later
+    // calls cost one load (every log call asks, logging on or off).
+    static uLogSystem* const system = m_pSystem != nullptr ? m_pSystem : (m_pSystem = new uLogSystem());
+    return system;
 }
 
 bool uLogSystem::InitLog(const char* name, const char* levelVariable, const char* directoryVariable,
