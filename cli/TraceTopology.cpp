@@ -239,10 +239,13 @@ TraceTopology TraceTopology::Read(const DeviceTree& tree, bool keepDisabled)
             const bool output = side[0] == 'o';
             for (int endpoint : Endpoints(tree, nodes[i], side)) {
                 const std::string where = tree.Path(endpoint) + ": ";
+                // An endpoint without a partner is a port the board leaves unconnected.
                 const std::optional<uint32_t> phandle = tree.Cell(endpoint, "remote-endpoint");
-                const int remote = phandle ? tree.ByPhandle(*phandle) : -1;
+                if (!phandle)
+                    continue;
+                const int remote = tree.ByPhandle(*phandle);
                 if (remote < 0) {
-                    topology.m_problems.push_back(where + "no \"remote-endpoint\" that names a node: left out");
+                    topology.m_problems.push_back(where + "its \"remote-endpoint\" names no node: left out");
                     continue;
                 }
                 const std::optional<uint32_t> back = tree.Cell(remote, "remote-endpoint");
