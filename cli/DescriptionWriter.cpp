@@ -88,9 +88,8 @@ std::string DescriptionWriter::Write(const TraceTopology& topology, const Descri
         Module(modules, component, topology);
 
     pugi::xml_node sources = device.append_child("sources");
-    for (const TraceComponent& component : topology.components()) {
-        if (component.role != TraceRole::Source)
-            continue;
+    for (std::size_t index : topology.sources()) {
+        const TraceComponent& component = topology.components()[index];
         pugi::xml_node source = sources.append_child("source");
         source.append_attribute("id") = component.name.c_str();
         source.append_attribute("proc") = topology.processors()[component.processor].name.c_str();

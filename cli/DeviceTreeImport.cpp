@@ -83,11 +83,8 @@ void DeviceTreeImport::Run(const ToolOptions& options, std::ostream& out, std::o
             ++failed;
             continue;
         }
-        std::size_t sources = 0;
-        for (const TraceComponent& component : topology.components())
-            sources += component.role == TraceRole::Source ? 1 : 0;
         out << file << ": " << Plural(topology.processors().size(), "processor") << ", "
-            << Plural(topology.components().size(), "module") << ", " << Plural(sources, "source") << ", "
+            << Plural(topology.components().size(), "module") << ", " << Plural(topology.sources().size(), "source") << ", "
             << Plural(topology.paths().size(), "route") << '\n';
     }
     if (failed > 0)

@@ -277,16 +277,25 @@ TraceTopology TraceTopology::Read(const DeviceTree& tree, bool keepDisabled)
     return topology;
 }
 
+std::vector<std::size_t> TraceTopology::sources() const
+{
+    std::vector<std::size_t> sources;
+    for (bool stm : {false, true})
+        for (std::size_t i = 0; i < m_components.size(); ++i)
+            if (m_components[i].role == TraceRole::Source && m_components[i].stm == stm)
+                sources.push_back(i);
+    return sources;
+}
+
 void TraceTopology::FindPaths()
 {
     std::vector<bool> onPath(m_components.size(), false);
     std::vector<std::size_t> links;
-    for (std::size_t i = 0; i < m_components.size(); ++i)
-        if (m_components[i].role == TraceRole::Source) {
-            onPath[i] = true;
-            Walk(i, i, links, onPath);
-            onPath[i] = false;
-        }
+    for (std::size_t source : sources()) {
+        onPath[source] = true;
+        Walk(source, source, links, onPath);
+        onPath[source] = false;
+    }
     if (m_paths.size() >= kMaxPaths)
         m_problems.push_back("more than " + std::to_string(kMaxPaths) + " trace paths: the rest are left out");
 }

@@ -49,7 +49,11 @@ public:
 
     const std::vector<TraceProcessor>& processors() const { return m_processors; }
     const std::vector<TraceComponent>& components() const { return m_components; }
-    /// Sources in document order, each with its paths in port order.
+    /// The sources: traced cores' in document order, then STMs. An STM goes by
+    /// the first processor's name, and a query by that name must find the
+    /// processor's own trace unit first.
+    std::vector<std::size_t> sources() const;
+    /// Per source in that order, its paths in port order.
     const std::vector<TracePath>& paths() const { return m_paths; }
     const std::vector<std::string>& problems() const { return m_problems; }
 

@@ -9,7 +9,7 @@
 namespace devid_test {
 namespace {
 
-// Two traced cores and an STM feed a funnel, then an ETF, then a static
+// An STM and two traced cores feed a funnel, then an ETF, then a static
 // replicator that splits to an ETB and a TPIU; a second ETB is disabled.
 const char kBoard[] = R"(/dts-v1/;
 / {
@@ -18,12 +18,12 @@ const char kBoard[] = R"(/dts-v1/;
     cpu0: cpu@0 { device_type = "cpu"; compatible = "arm,cortex-a53"; reg = <0>; };
     cpu1: cpu@1 { device_type = "cpu"; compatible = "arm,cortex-a53"; reg = <1>; };
   };
+  stm@20100000 { compatible = "arm,coresight-stm", "arm,primecell"; reg = <0x20100000 0x1000>;
+    out-ports { port { stm_out: endpoint { remote-endpoint = <&funnel_in2>; }; }; }; };
   etm@22040000 { compatible = "arm,coresight-etm4x", "arm,primecell"; reg = <0x22040000 0x1000>; cpu = <&cpu0>;
     out-ports { port { etm0_out: endpoint { remote-endpoint = <&funnel_in0>; }; }; }; };
   etm@22140000 { compatible = "arm,coresight-etm4x", "arm,primecell"; reg = <0x22140000 0x1000>; cpu = <&cpu1>;
     out-ports { port { etm1_out: endpoint { remote-endpoint = <&funnel_in1>; }; }; }; };
-  stm@20100000 { compatible = "arm,coresight-stm", "arm,primecell"; reg = <0x20100000 0x1000>;
-    out-ports { port { stm_out: endpoint { remote-endpoint = <&funnel_in2>; }; }; }; };
   funnel@20040000 { compatible = "arm,coresight-dynamic-funnel", "arm,primecell"; reg = <0x20040000 0x1000>;
     in-ports { #address-cells = <1>; #size-cells = <0>;
       port@0 { reg = <0>; funnel_in0: endpoint { remote-endpoint = <&etm0_out>; }; };
@@ -105,14 +105,15 @@ TEST(DeviceTreeImport, DescriptionIsCleanAndTheLibraryIdentifiesAndAnswersFromIt
         "STM_20100000 > FUNNEL_20040000 > TMC_ETF_20010000 > REPLICATOR > TPIU_20030000"};
     EXPECT_EQ(RouteTexts(tool.JsonOf({"routes", "--db", "db", "--board", board}, 0, false)), expected);
 
-    // The core's ETM carries its identification registers at the top of its frame.
-    const Json proc = tool.JsonOf({"proc", "CPU_1", "--db", "db", "--board", board}, 0, false);
+    // The first core is found by its ETM, not by the STM listed before it, and
+    // the ETM carries its identification registers at the top of its frame.
+    const Json proc = tool.JsonOf({"proc", "CPU_0", "--db", "db", "--board", board}, 0, false);
     const Json& etm = proc["processor"]["modules"].items.at(0);
-    EXPECT_EQ(etm["name"].text, "ETM4_22140000");
+    EXPECT_EQ(etm["name"].text, "ETM4_22040000");
     EXPECT_EQ(etm["kind"].text, "ETM4");
-    EXPECT_EQ(FindBy(etm["registers"], "name", "CIDR0")["address"].text, "0x22140ff0");
-    EXPECT_EQ(FindBy(etm["registers"], "name", "PIDR4")["address"].text, "0x22140fd0");
-    EXPECT_EQ(FindBy(etm["characteristics"], "name", "base")["value"].text, "0x22140000");
+    EXPECT_EQ(FindBy(etm["registers"], "name", "CIDR0")["address"].text, "0x22040ff0");
+    EXPECT_EQ(FindBy(etm["registers"], "name", "PIDR4")["address"].text, "0x22040fd0");
+    EXPECT_EQ(FindBy(etm["characteristics"], "name", "base")["value"].text, "0x22040000");
 
     // --all keeps the disabled ETB; no --id leaves the ID 0 with a warning.
     imported = tool.Run({"db", "import", tree, "--out", "all", "--all", "--name", "every"});
