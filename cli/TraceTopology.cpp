@@ -289,6 +289,21 @@ std::vector<std::size_t> TraceTopology::sources() const
 
 void TraceTopology::FindPaths()
 {
+    // Links from which no sink can be reached are never entered, so the walk
+    // spends its time only on paths it keeps.
+    m_reachesSink.assign(m_components.size(), false);
+    for (bool grew = true; grew;) {
+        grew = false;
+        for (std::size_t i = 0; i < m_components.size(); ++i) {
+            const TraceComponent& component = m_components[i];
+            const bool reaches = component.role == TraceRole::Sink ||
+                                 (component.role == TraceRole::Link &&
+                                  std::any_of(component.outputs.begin(), component.outputs.end(),
+                                              [this](std::size_t next) { return m_reachesSink[next]; }));
+            if (reaches && !m_reachesSink[i])
+                m_reachesSink[i] = grew = true;
+        }
+    }
     std::vector<bool> onPath(m_components.size(), false);
     std::vector<std::size_t> links;
     for (std::size_t source : sources()) {
@@ -303,8 +318,8 @@ void TraceTopology::FindPaths()
 void TraceTopology::Walk(std::size_t source, std::size_t at, std::vector<std::size_t>& links, std::vector<bool>& onPath)
 {
     for (std::size_t next : m_components[at].outputs) {
-        if (onPath[next] || m_paths.size() >= kMaxPaths)
-            continue; // a loop in the graph, or enough already
+        if (onPath[next] || !m_reachesSink[next] || m_paths.size() >= kMaxPaths)
+            continue; // a loop in the graph, a dead end, or enough already
         if (m_components[next].role == TraceRole::Sink) {
             m_paths.push_back({source, links, next});
         } else if (m_components[next].role == TraceRole::Link) {

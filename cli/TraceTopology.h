@@ -65,6 +65,7 @@ private:
     std::vector<TraceComponent> m_components;
     std::vector<TracePath> m_paths;
     std::vector<std::string> m_problems;
+    std::vector<bool> m_reachesSink;
 };
 
 } // namespace devid_cli

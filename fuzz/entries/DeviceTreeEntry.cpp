@@ -35,24 +35,22 @@ int DeviceTree(const uint8_t* data, size_t size)
         const std::string text = DescriptionWriter::Write(topology, DescriptionHeader{"fuzz", 1, 0xFFFFFFFF, file});
         DEVID_FUZZ_CHECK(kEntry, description.load_string(text.c_str()), "the description is well-formed XML");
 
+        // Every name a module, source or route uses is defined before, and once in its section.
+        std::set<std::string> names;
         const pugi::xml_node device = description.child("database").child("device");
-        std::set<std::string> procs, modules, sources;
-        for (pugi::xml_node proc : device.child("procs").children())
-            DEVID_FUZZ_CHECK(kEntry, procs.insert(proc.attribute("id").value()).second, "processor names are unique");
-        for (pugi::xml_node module : device.child("modules").children()) {
-            DEVID_FUZZ_CHECK(kEntry, modules.insert(module.attribute("id").value()).second, "module names are unique");
-            DEVID_FUZZ_CHECK(kEntry, procs.count(module.attribute("proc").value()) == 1, "a module's processor exists");
+        for (const char* section : {"procs", "modules", "sources"}) {
+            std::set<std::string> defined;
+            for (pugi::xml_node item : device.child(section).children()) {
+                DEVID_FUZZ_CHECK(kEntry, defined.insert(item.attribute("id").value()).second, "names are unique");
+                DEVID_FUZZ_CHECK(kEntry, !item.attribute("proc") || names.count(item.attribute("proc").value()) == 1,
+                                 "a module's or source's processor comes before it");
+            }
+            names.insert(defined.begin(), defined.end());
         }
-        for (pugi::xml_node source : device.child("sources").children())
-            sources.insert(source.attribute("id").value());
-        for (pugi::xml_node route : device.child("trace_routes").children()) {
-            DEVID_FUZZ_CHECK(kEntry, sources.count(route.child("source").attribute("source").value()) == 1,
-                             "a route starts at a source");
-            for (pugi::xml_node link : route.children("link"))
-                DEVID_FUZZ_CHECK(kEntry, modules.count(link.attribute("module").value()) == 1, "links are modules");
-            DEVID_FUZZ_CHECK(kEntry, modules.count(route.child("sink").attribute("module").value()) == 1,
-                             "the sink is a module");
-        }
+        for (pugi::xml_node route : device.child("trace_routes").children())
+            for (pugi::xml_node step : route.children())
+                DEVID_FUZZ_CHECK(kEntry, names.count(step.first_attribute().value()) == 1,
+                                 "a route names only sources and modules of the description");
     }
     return 0;
 }

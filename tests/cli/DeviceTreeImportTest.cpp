@@ -4,8 +4,6 @@
 #include "tests/cli/DeviceTreeBoard.h"
 #include "tests/cli/ToolRunner.h"
 
-#include <pugixml.hpp>
-
 namespace devid_test {
 namespace {
 
@@ -120,9 +118,7 @@ TEST(DeviceTreeImport, DescriptionIsCleanAndTheLibraryIdentifiesAndAnswersFromIt
     EXPECT_EQ(imported.status, 0) << imported.err;
     EXPECT_NE(imported.err.find("warning: no --id given"), std::string::npos) << imported.err;
     EXPECT_EQ(imported.out, "all/device_every.xml: 2 processors, 9 modules, 3 sources, 9 routes\n");
-    pugi::xml_document every;
-    ASSERT_TRUE(every.load_file(tool.scratch.file("all/device_every.xml").c_str()));
-    EXPECT_STREQ(every.child("database").child("device").attribute("value").value(), "0x0");
+    EXPECT_NE(readFile(tool.scratch.file("all/device_every.xml")).find(R"(id="every" value="0x0")"), std::string::npos);
 }
 
 TEST(DeviceTreeImport, BrokenGraphsAndBadInputAreReportedNeverFatal)
@@ -152,7 +148,6 @@ TEST(DeviceTreeImport, BrokenGraphsAndBadInputAreReportedNeverFatal)
 
     for (const std::vector<std::string>& usage :
          {std::vector<std::string>{broken, "--out", "x", "--id", "0x100000000"},
-          {broken, "--out", "x", "--id", "twelve"},
           {broken, "--out", "x", "--mask", "1"},
           {broken, broken, "--out", "x"},
           {broken, "garbage.dtb", "--out", "x", "--name", "one"}}) {
