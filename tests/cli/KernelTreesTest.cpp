@@ -25,48 +25,20 @@ struct TreeGraph {
     std::string soc;             // the root's last compatible
 };
 
-bool Starts(const char* text, const char* prefix) { return std::strncmp(text, prefix, std::strlen(prefix)) == 0; }
-
-std::vector<int> SubnodesNamed(const void* fdt, int node, const char* prefix)
+int Parent(const void* fdt, int node, int levels = 1)
 {
-    std::vector<int> found;
-    int child = 0;
-    fdt_for_each_subnode(child, fdt, node) {
-        if (Starts(fdt_get_name(fdt, child, nullptr), prefix))
-            found.push_back(child);
-    }
-    return found;
+    while (levels-- > 0 && node >= 0)
+        node = fdt_parent_offset(fdt, node);
+    return node;
 }
 
-std::string PathOf(const void* fdt, int node)
-{
-    char path[512] = "";
-    fdt_get_path(fdt, node, path, sizeof path);
-    return path;
-}
+const char* NameOf(const void* fdt, int node) { return node >= 0 ? fdt_get_name(fdt, node, nullptr) : ""; }
 
 int Remote(const void* fdt, int endpoint)
 {
     int length = 0;
     const void* cell = fdt_getprop(fdt, endpoint, "remote-endpoint", &length);
     return cell != nullptr && length == 4 ? fdt_node_offset_by_phandle(fdt, fdt32_ld(static_cast<const fdt32_t*>(cell))) : -1;
-}
-
-// The remote components that a component's outputs feed, when the partner points back into an input.
-std::vector<int> Outputs(const void* fdt, int node)
-{
-    std::vector<int> next;
-    const int ports = fdt_subnode_offset(fdt, node, "out-ports");
-    for (int port : ports >= 0 ? SubnodesNamed(fdt, ports, "port") : std::vector<int>{})
-        for (int endpoint : SubnodesNamed(fdt, port, "endpoint")) {
-            const int remote = Remote(fdt, endpoint);
-            if (remote < 0 || Remote(fdt, remote) != endpoint)
-                continue;
-            const int remotePorts = fdt_parent_offset(fdt, fdt_parent_offset(fdt, remote));
-            if (std::strcmp(fdt_get_name(fdt, remotePorts, nullptr), "in-ports") == 0)
-                next.push_back(fdt_parent_offset(fdt, remotePorts));
-        }
-    return next;
 }
 
 TreeGraph ReadGraph(const std::string& blob)
@@ -99,17 +71,27 @@ TreeGraph ReadGraph(const std::string& blob)
                 role[node] = fdt_subnode_offset(fdt, node, "out-ports") >= 0 ? 'l' : 'k';
         }
     }
+    // Component to component: an out-ports endpoint and an in-ports one that name each other.
+    std::multimap<int, int> edges;
+    for (int node = fdt_next_node(fdt, -1, nullptr); node >= 0; node = fdt_next_node(fdt, node, nullptr)) {
+        const int remote = Remote(fdt, node);
+        if (remote >= 0 && Remote(fdt, remote) == node && std::strcmp(NameOf(fdt, Parent(fdt, node, 2)), "out-ports") == 0 &&
+            std::strcmp(NameOf(fdt, Parent(fdt, remote, 2)), "in-ports") == 0)
+            edges.emplace(Parent(fdt, node, 3), Parent(fdt, remote, 3));
+    }
     // Depth-first from every source; a node already on the path ends that branch.
     std::vector<int> path;
     const std::function<void(int)> walk = [&](int node) {
-        for (int next : Outputs(fdt, node)) {
+        for (auto [edge, end] = edges.equal_range(node); edge != end; ++edge) {
+            const int next = edge->second;
             if (role.count(next) == 0 || std::find(path.begin(), path.end(), next) != path.end())
                 continue;
             path.push_back(next);
             if (role[next] == 'k') {
                 std::string text;
+                char name[512] = "";
                 for (int step : path)
-                    text += (text.empty() ? "" : " > ") + PathOf(fdt, step);
+                    text += (text.empty() ? "" : " > ") + std::string(fdt_get_path(fdt, step, name, sizeof name) == 0 ? name : "?");
                 graph.paths.insert(text);
             } else if (role[next] == 'l') {
                 walk(next);
