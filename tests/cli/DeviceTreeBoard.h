@@ -16,14 +16,13 @@ inline std::string WriteRouterBoard(const TempDir& scratch, const std::string& f
 {
     scratch.write(folder + "/board.cfg", "bench\n$ emulator\n  com_drvr = kmr770u.out\n$\n");
     scratch.write(folder + "/kmralias.cfg", "families\n~ arm,cortex-a53\n  alias = 0x51A00010\n~\n");
-    return scratch.write(folder + "/simboard.xml",
-                         "<simboard config=\"board.cfg\">\n"
-                         "  <device name=\"JTAG\" type=\"0x38000101\"><register name=\"IP_TAPID\" value=\"" +
-                             kImportedId +
-                             "\"/></device>\n"
-                             "  <device name=\"CORE0\" type=\"0x51A00010\" parent=\"JTAG\"/>\n"
-                             "</simboard>\n")
-        .substr(0, scratch.file(folder).size());
+    scratch.write(folder + "/simboard.xml",
+                  "<simboard config=\"board.cfg\">\n"
+                  "  <device name=\"JTAG\" type=\"0x38000101\"><register name=\"IP_TAPID\" value=\"" + kImportedId +
+                      "\"/></device>\n"
+                      "  <device name=\"CORE0\" type=\"0x51A00010\" parent=\"JTAG\"/>\n"
+                      "</simboard>\n");
+    return scratch.file(folder);
 }
 
 } // namespace devid_test
