@@ -108,7 +108,6 @@ TEST(DeviceTreeImport, DescriptionIsCleanAndTheLibraryIdentifiesAndAnswersFromIt
     const Json proc = tool.JsonOf({"proc", "CPU_0", "--db", "db", "--board", board}, 0, false);
     const Json& etm = proc["processor"]["modules"].items.at(0);
     EXPECT_EQ(etm["name"].text, "ETM4_22040000");
-    EXPECT_EQ(etm["kind"].text, "ETM4");
     EXPECT_EQ(FindBy(etm["registers"], "name", "CIDR0")["address"].text, "0x22040ff0");
     EXPECT_EQ(FindBy(etm["registers"], "name", "PIDR4")["address"].text, "0x22040fd0");
     EXPECT_EQ(FindBy(etm["characteristics"], "name", "base")["value"].text, "0x22040000");
