@@ -2,6 +2,7 @@
 
 #include "cli/DatabaseChecker.h"
 #include "cli/DeviceCommands.h"
+#include "cli/DeviceTreeImport.h"
 #include "cli/JsonFormatter.h"
 #include "cli/TdfCommands.h"
 #include "cli/TextFormatter.h"
@@ -32,6 +33,7 @@ const char* CommandName(Command command)
     case Command::TdfList: return "tdf ls";
     case Command::TdfCat: return "tdf cat";
     case Command::DbCheck: return "db check";
+    case Command::DbImport: return "db import";
     case Command::None: break;
     }
     return "devid";
@@ -181,7 +183,8 @@ void Build(CLI::App& app, ToolOptions& options)
 
     CLI::App* db = app.add_subcommand("db", "Work with a device database folder");
     db->require_subcommand(1);
-    db->footer("\nExamples:\n  devid db check\n  devid db check examples/db --json\n");
+    db->footer("\nExamples:\n  devid db check\n  devid db check examples/db --json\n"
+               "  devid db import juno-r1.dtb --out mydb --id 0x4BA00477\n");
     CLI::App* check = AddCommand(*db, "check",
                                  "Check every device description file of a folder as the library will read it",
                                  "  devid db check\n  devid db check examples/db --json\n", options, Command::DbCheck);
@@ -189,6 +192,19 @@ void Build(CLI::App& app, ToolOptions& options)
         ->check(CLI::ExistingDirectory);
     check->add_option("--db", options.databaseDir, "The folder, as for the other commands")->check(CLI::ExistingDirectory);
     AddJsonOption(*check, options);
+
+    CLI::App* import = AddCommand(*db, "import",
+                                  "Write device description files from device trees (docs/device-tree-import.md)",
+                                  "  devid db import juno-r1.dtb --out mydb --id 0x4BA00477\n"
+                                  "  devid db import /sys/firmware/fdt --out mydb --name myboard\n",
+                                  options, Command::DbImport);
+    import->add_option("DTB", options.importTrees, "Compiled device trees (.dtb), or sources (.dts) that dtc compiles")
+        ->required();
+    import->add_option("--out", options.importOut, "The folder to write device_NAME.xml into")->required();
+    CLI::Option* id = import->add_option("--id", options.importId, "The device ID the descriptions match (default 0)");
+    import->add_option("--mask", options.importMask, "Which bits of the ID must match (default 0xFFFFFFFF)")->needs(id);
+    import->add_option("--name", options.importName, "The description's name (default: the tree's file name)");
+    import->add_flag("--all", options.importAll, "Keep nodes with status \"disabled\"");
 }
 
 // The command a failed command line was heading for, named as a successful
@@ -216,7 +232,7 @@ bool AsksForJson(int argc, char** argv)
     return false;
 }
 
-void RunCommand(const ToolOptions& options, Formatter& formatter, std::ostream& out)
+void RunCommand(const ToolOptions& options, Formatter& formatter, std::ostream& out, std::ostream& err)
 {
     switch (options.command) {
     case Command::TdfList:
@@ -238,6 +254,9 @@ void RunCommand(const ToolOptions& options, Formatter& formatter, std::ostream& 
                                                         std::to_string(report.Count(true)) + " error(s)");
         return;
     }
+    case Command::DbImport:
+        DeviceTreeImport::Run(options, out, err);
+        return;
     default:
         DeviceCommands(options, formatter, out).Run();
     }
@@ -273,7 +292,7 @@ int CommandLine::Run(int argc, char** argv, std::ostream& out, std::ostream& err
     const std::unique_ptr<Formatter> formatter = MakeFormatter(options.json, CommandName(options.command), out, err);
     std::optional<ToolError> failure;
     try {
-        RunCommand(options, *formatter, out);
+        RunCommand(options, *formatter, out, err);
     } catch (const ToolError& error) {
         failure = error;
     } catch (const std::exception& error) {

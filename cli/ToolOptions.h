@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace devid_cli {
 
@@ -19,7 +20,8 @@ enum class Command {
     Load,
     TdfList,
     TdfCat,
-    DbCheck
+    DbCheck,
+    DbImport
 };
 
 /// The name a command is called by, as the JSON envelope carries it.
@@ -46,6 +48,12 @@ struct ToolOptions {
     std::string sectionName;
     uint32_t sectionVersion = 0;
     std::string checkDir;
+    std::vector<std::string> importTrees;
+    std::string importOut;
+    std::string importId;
+    std::string importMask;
+    std::string importName;
+    bool importAll = false;
 };
 
 } // namespace devid_cli

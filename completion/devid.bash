@@ -108,12 +108,20 @@ _devid()
             [[ $cur == -* ]] || { ((positional == 0)) && _filedir tdf; return; }
             ;;
         db)
-            COMPREPLY=($(compgen -W "check" -- "$cur"))
+            COMPREPLY=($(compgen -W "check import" -- "$cur"))
             return
             ;;
         "db check")
             options="--db --json --help"
             [[ $cur == -* ]] || { _filedir -d; return; }
+            ;;
+        "db import")
+            options="--out --id --mask --name --all --help"
+            case $prev in
+                --out) _filedir -d; return ;;
+                --id | --mask | --name) return ;;
+            esac
+            [[ $cur == -* ]] || { _filedir '@(dtb|dts)'; return; }
             ;;
     esac
     # Inside "load FILE" the configuration is given already.

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Installs what the 32-bit x86 build needs on an x86_64 Debian machine: the
 # multilib compilers and the i386 -dev packages (the benchmark ones optional).
+# libfdt has no i386 -dev package beside the 64-bit one; its headers serve
+# both, and the 32-bit link takes the runtime library.
 # Exit status 0 when the 32-bit build can go ahead.
 set -uo pipefail
-required=(g++-multilib libgtest-dev:i386 libgmock-dev:i386 libpugixml-dev:i386)
+required=(g++-multilib libgtest-dev:i386 libgmock-dev:i386 libpugixml-dev:i386 libfdt1:i386)
 optional=(libbenchmark-dev:i386 libspdlog-dev:i386)
 
 missing() {

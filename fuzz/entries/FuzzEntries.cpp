@@ -12,6 +12,7 @@ const Entry kEntries[] = {
     {"board_files", BoardFiles},
     {"device_database", DeviceDatabase},
     {"simboard_reader", SimBoardReader},
+    {"device_tree", DeviceTree},
 };
 const size_t kEntryCount = sizeof kEntries / sizeof kEntries[0];
 

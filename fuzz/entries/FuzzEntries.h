@@ -24,6 +24,7 @@ int TdfContainer(const uint8_t* data, size_t size);
 int BoardFiles(const uint8_t* data, size_t size);
 int DeviceDatabase(const uint8_t* data, size_t size);
 int SimBoardReader(const uint8_t* data, size_t size);
+int DeviceTree(const uint8_t* data, size_t size);
 
 /// Every entry, in a fixed order.
 extern const Entry kEntries[];
