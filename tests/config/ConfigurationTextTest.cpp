@@ -63,19 +63,14 @@ TEST_F(ConfigTest, ReaderLineRules)
 
 TEST_F(ConfigTest, WriterAndReaderAgreeOnTheLongestLine)
 {
-    // "DEVINFO=0x1$" + name + "$P~" is 16383 characters with 16368 of name, one more is too many.
+    // "DEVINFO=0x1$" + name + "$P~" with a name of 16368 is the longest line either side takes.
     for (const size_t nameLength : {16368u, 16369u}) {
         auto d = Make();
         ASSERT_TRUE(LoadText(*d, "EMU=e\n"));
         Access(*d).Connections().push_back({1, 0, std::string(nameLength, 'n'), "P"});
         std::string text;
-        const bool fits = nameLength == 16368u;
-        EXPECT_EQ(d->ComposeConfiguration(text), fits) << nameLength;
-        if (fits) {
-            auto back = Make();
-            EXPECT_TRUE(LoadText(*back, text));
-            EXPECT_EQ(back->GetConnections().size(), 1u);
-        }
+        ASSERT_EQ(d->ComposeConfiguration(text), nameLength == 16368u) << nameLength;
+        EXPECT_TRUE(text.empty() || LoadText(*Make(), text));
     }
 }
 
