@@ -31,6 +31,16 @@ bool IsDescriptionName(const std::string& name)
     return name.find("device") != std::string::npos && name.find("xml") != std::string::npos;
 }
 
+// A file the library never reads, with the reason.
+CheckedFile Unread(const std::string& path, const std::string& why)
+{
+    CheckedFile file;
+    file.path = path;
+    file.read = false;
+    file.problems.push_back({false, "", 0, why});
+    return file;
+}
+
 bool HasXmlExtension(const std::string& name)
 {
     std::string extension = fs::path(name).extension().string();
@@ -475,29 +485,31 @@ DatabaseReport DatabaseChecker::CheckFolder(const std::string& directory)
     DatabaseReport report;
     report.directory = directory;
     std::vector<std::string> names;
+    std::vector<std::string> irregular;
     std::error_code error;
     for (fs::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error)) {
         std::error_code ignored;
-        if (entry->is_regular_file(ignored))
-            names.push_back(entry->path().filename().string());
+        (entry->is_regular_file(ignored) ? names : irregular).push_back(entry->path().filename().string());
     }
     if (error) {
         report.problems.push_back({true, "", 0, "cannot read the folder: " + error.message()});
         return report;
     }
     std::sort(names.begin(), names.end());
+    std::sort(irregular.begin(), irregular.end());
+    for (const std::string& name : irregular) {
+        if (IsDescriptionName(name))
+            report.files.push_back(Unread((fs::path(directory) / name).string(),
+                                          "not a regular file (a folder, FIFO, socket or device): the library skips it"));
+    }
 
     for (const std::string& name : names) {
         const std::string path = (fs::path(directory) / name).string();
         if (IsDescriptionName(name)) {
             report.files.push_back(CheckFile(path));
         } else if (HasXmlExtension(name)) {
-            CheckedFile skipped;
-            skipped.path = path;
-            skipped.read = false;
-            skipped.problems.push_back(
-                {false, "", 0, "the library never reads this file: a description's name contains \"device\" and \"xml\" (case matters)"});
-            report.files.push_back(std::move(skipped));
+            report.files.push_back(
+                Unread(path, "the library never reads this file: a description's name contains \"device\" and \"xml\" (case matters)"));
         }
     }
 

@@ -24,7 +24,7 @@ struct CheckProblem {
 
 struct CheckedFile {
     std::string path;
-    /// False for an XML file the library never reads because of its name.
+    /// False for a file the library never reads because of its name or kind.
     bool read = true;
     std::string deviceId;
     bool hasValue = false;

@@ -111,7 +111,9 @@ void DeviceCommands::Save(DeviceSession& session)
             name.resize(name.size() - extension.size());
         view.path = ToolEnvironment::TraceLoggingDir() + "/" + name + extension;
         if (!session.device().SaveConfiguration(name, Mora::Lux::Trace::eTraceDataFileDCM))
-            throw ToolError(ErrorKind::File, "cannot write " + view.path);
+            throw ToolError(ErrorKind::File, "cannot write " + view.path +
+                                                 ": the folder is not writable, the disk is full, a name is empty or "
+                                                 "holds '$', '~' or a line end, or a line would pass 16383 characters");
         view.text = ReadText(view.path);
     }
     m_formatter.Saved(view);

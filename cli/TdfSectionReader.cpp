@@ -4,6 +4,7 @@
 #include "tdf/TDFHandler.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 
 namespace devid_cli {
@@ -28,7 +29,9 @@ bool ReadWord(std::istream& in, uint32_t& word)
 
 void TdfSectionReader::RequireTdf(const std::string& path)
 {
-    if (!std::ifstream(path, std::ios::binary))
+    // A FIFO would make the read below wait for a writer.
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored) || !std::ifstream(path, std::ios::binary))
         throw ToolError(ErrorKind::File, "cannot read " + path);
     Mora::Lux::Trace::TDFHandler tdf;
     if (!tdf.HasExtension(path.c_str(), "tdf"))

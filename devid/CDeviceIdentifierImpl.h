@@ -117,7 +117,9 @@ public:
     // Saved session.
     /// False for a null file or an over-long value.
     bool LoadConfigurationDCMFile(FILE* file);
-    /// False (with a log line) when a name cannot be written without changing its meaning.
+    /// False, without a log line, when a name cannot be written without changing its
+    /// meaning (empty, or holding "$", "~" or a line end) or a line would be longer than
+    /// the 16383 characters the reader takes.
     bool ComposeConfiguration(std::string& text);
 
     // Read-only views for tools that show the whole device.

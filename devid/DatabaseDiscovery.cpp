@@ -11,6 +11,7 @@
 #include "devid/model/DatabaseText.h"
 #include "devid/model/TargetDbParser.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -46,9 +47,16 @@ bool CacheDeviceXmlName(const std::string& path)
 {
     if (path.size() >= sizeof gsDeviceXMLName || path.find('\0') != std::string::npos)
         return false;
-    std::memcpy(gsDeviceXMLName, path.c_str(), path.size() + 1);
-    gbValidDeviceXMLName = true;
+    SetDeviceXmlName(path);
     return true;
+}
+
+void SetDeviceXmlName(const std::string& path)
+{
+    const std::size_t length = std::min(std::strlen(path.c_str()), sizeof gsDeviceXMLName - 1);
+    std::memcpy(gsDeviceXMLName, path.c_str(), length);
+    gsDeviceXMLName[length] = '\0';
+    gbValidDeviceXMLName = true;
 }
 
 void InvalidateDeviceXmlName()
@@ -130,12 +138,7 @@ bool CDeviceIdentifierImpl::LoadDeviceDatabase(unsigned int deviceId)
                 fileId = ParseUnsigned32(first->GetAttribute("value"), 0);
                 if (const char* maskText = first->GetAttribute("mask"))
                     mask = *maskText == '\0' ? kEmptyMask : ParseUnsigned32(maskText, 0);
-            } else {
-                DevIdLog(2, "DevId: No device element with id and value in %s; skipped.", path.c_str());
             }
-        } else {
-            // Unreadable, cut short or not XML at all: the search goes on without it.
-            DevIdLog(2, "DevId: Cannot read %s as XML; skipped.", path.c_str());
         }
         DevIdLog(1, "DevId: Mask value is 0x%x xmlId: 0x%x  devId: 0x%x", mask, fileId, deviceId);
 
@@ -185,8 +188,8 @@ bool CDeviceIdentifierImpl::LoadDeviceDatabase(unsigned int deviceId)
     } else if (fromCache) {
         DevIdLog(1, "DevId: Found device xml based on cached file name: %s", path.c_str());
     } else {
-        if (!CacheDeviceXmlName(path))
-            DevIdLog(2, "DevId: Device xml path too long to remember: %s", path.c_str());
+        // A path too long for the cache is simply not remembered.
+        CacheDeviceXmlName(path);
         DevIdLog(1, "DevId: Found a new device xml: %s that not in cache", path.c_str());
     }
     return true;

@@ -109,13 +109,7 @@ CDeviceIdentifierImpl::CDeviceIdentifierImpl()
     if (!m_databaseDirectory.empty())
         m_databaseDirectory += "/";
 
-    bool parserLoaded = false;
-    try {
-        parserLoaded = m_parserLibrary.FindAndLoad(kParserLibrary, -1);
-    } catch (const source_utilities_error&) {
-        // The loader gives up when the working directory cannot be read.
-    }
-    if (parserLoaded) {
+    if (m_parserLibrary.FindAndLoad(kParserLibrary, -1)) {
         auto create = reinterpret_cast<CreateParserCPPFn>(m_parserLibrary.GetSymbolAddress("CreateParserCPP"));
         if (create != nullptr)
             m_parser = create();

@@ -14,6 +14,10 @@ namespace Trace {
 /// when the path does not fit the 4132-byte buffer (or holds a NUL byte).
 bool CacheDeviceXmlName(const std::string& path);
 
+/// Remembers `path` up to its first NUL byte, cut to the 4131 bytes the
+/// buffer holds beside its terminator, and marks it valid.
+void SetDeviceXmlName(const std::string& path);
+
 /// Marks the remembered path unusable; the next search scans the directory.
 void InvalidateDeviceXmlName();
 

@@ -33,10 +33,11 @@ private:
 // Reads the whole file into a buffer that the document then owns and parses in place, as
 // pugixml's own load_file does, but with one open, one fstat and the reads: on small
 // database files the system calls cost as much as the parse. A folder or other non-regular
-// file is refused here; pugixml would size it by seeking to its end.
+// file is refused here; pugixml would size it by seeking to its end. O_NONBLOCK lets the
+// open of a FIFO return at once instead of waiting for a writer.
 bool LoadRegularFile(pugi::xml_document& document, const char* path)
 {
-    FileDescriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    FileDescriptor file(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat info;
     if (file.get() < 0 || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) ||
         static_cast<uintmax_t>(info.st_size) >= SIZE_MAX)

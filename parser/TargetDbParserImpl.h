@@ -22,8 +22,9 @@ public:
     TargetDbParserImpl(const TargetDbParserImpl&) = delete;
     TargetDbParserImpl& operator=(const TargetDbParserImpl&) = delete;
 
-    /// Releases any earlier document first; -1 when the file is missing, unreadable or
-    /// not well-formed (nothing is loaded then), 0 otherwise. The flag is ignored.
+    /// Releases any earlier document first; -1 when the file is missing, unreadable, not a
+    /// regular file or not well-formed (nothing is loaded then), 0 otherwise. Never waits on
+    /// a FIFO. The flag is ignored.
     int ParseFile(const char* path, int flag) override;
     void ReleaseDocument() override;
     DBNode* GetEndNode() override;

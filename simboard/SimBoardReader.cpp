@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <initializer_list>
 #include <set>
 #include <strings.h>
@@ -249,6 +250,12 @@ SimBoardReadResult SimBoardReader::ReadFolder(const std::string& folder)
         return result;
     }
     std::string path = folder + "/" + FileName;
+    // Opening a FIFO would wait for a writer; only a regular file is read.
+    std::error_code ignored;
+    if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored)) {
+        result.description = path + ": not a regular file";
+        return result;
+    }
     try {
         pugi::xml_document document;
         pugi::xml_parse_result parsed = document.load_file(path.c_str());

@@ -1,12 +1,12 @@
 #include "tdf/TDFHandler.h"
 
 #include "devid/target/HexkitError.h"
+#include "common/source/source_utilities/uFile.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
@@ -32,6 +32,13 @@ struct FileCloser {
 };
 // Closing happens during unwinding, so every throw below leaves the file closed.
 using File = std::unique_ptr<FILE, FileCloser>;
+
+// Only regular files, opened without waiting: a FIFO named like a trace file
+// must not stall the caller.
+File Open(const char* fileName, const char* mode)
+{
+    return File(MORA_LUX::uFile::OpenRegularFile(fileName, mode));
+}
 
 [[noreturn]] void Fail(const std::string& message)
 {
@@ -128,7 +135,7 @@ uint32_t Position(FILE* stream)
 
 File OpenForLoad(const char* fileName)
 {
-    File file(std::fopen(fileName, "rb"));
+    File file = Open(fileName, "rb");
     if (!file)
         Fail("Could not open TDF file as specified.");
     if (ReadWord(file.get()) != kIdentifier)
@@ -155,7 +162,7 @@ void TDFHandler::CreateTDFFile(const char* fileName)
         Fail("Null file name to create TDF.");
     if (!HasExtension(fileName, kExtension))
         Fail("TDF file extension must be .tdf.");
-    File file(std::fopen(fileName, "wb"));
+    File file = Open(fileName, "wb");
     if (!file)
         Fail("Could not create TDF file as specified.");
     if (!WriteWord(file.get(), kIdentifier) || std::fflush(file.get()) != 0)
@@ -166,7 +173,7 @@ bool TDFHandler::ISTDF(const char* fileName)
 {
     if (!fileName || !HasExtension(fileName, kExtension))
         return false;
-    File file(std::fopen(fileName, "rb"));
+    File file = Open(fileName, "rb");
     return file && ReadWord(file.get()) == kIdentifier;
 }
 
@@ -179,7 +186,7 @@ void TDFHandler::SaveSectionHeader(const char* fileName, const char* sectionName
     // A section no reader can walk past would hide every section saved after it.
     if (sectionName != nullptr && std::strlen(sectionName) > kMaxNameLength)
         Fail("TDF section name longer than 4095 bytes.");
-    File file(std::fopen(fileName, "r+b"));
+    File file = Open(fileName, "r+b");
     if (!file)
         Fail("Could not open TDF file as specified.");
 
@@ -208,7 +215,7 @@ void TDFHandler::SaveSectionData(const char* fileName, const char* /*sectionName
         Fail("Section header offset to save data is not valid.");
     if (!data)
         Fail("No data to write TDF.");
-    File file(std::fopen(fileName, "r+b"));
+    File file = Open(fileName, "r+b");
     if (!file)
         Fail("Could not open TDF file as specified.");
 
@@ -340,7 +347,7 @@ bool TDFHandler::IsFileAvailable(const char* fileName)
 {
     if (!fileName || *fileName == '\0')
         return false;
-    return File(std::fopen(fileName, "rb")) != nullptr;
+    return Open(fileName, "rb") != nullptr;
 }
 
 bool TDFHandler::HasExtension(const char* fileName, const char* extension)
@@ -361,15 +368,11 @@ uint32_t FileSize(const char* fileName)
 {
     if (!fileName)
         return 0;
-    std::ifstream in(fileName, std::ios::binary);
-    if (!in)
+    File file = Open(fileName, "rb");
+    if (!file || fseeko(file.get(), 0, SEEK_END) != 0)
         return 0;
-    const std::streampos begin = in.tellg();
-    in.seekg(0, std::ios::end);
-    const std::streampos end = in.tellg();
-    if (begin < 0 || end < begin)
-        return 0;
-    return static_cast<uint32_t>(end - begin);
+    const off_t end = ftello(file.get());
+    return end < 0 ? 0 : static_cast<uint32_t>(end);
 }
 
 } // namespace Trace

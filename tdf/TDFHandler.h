@@ -11,7 +11,8 @@ namespace Mora {
 namespace Lux {
 namespace Trace {
 
-/// Stateless: every operation opens the file by name and closes it again.
+/// Stateless: every operation opens the file by name and closes it again. Only regular
+/// files open, without waiting: a FIFO, device or folder counts as a file that can't be opened.
 /// Failures throw Hexkit::HexkitError with SEVERITY_ERROR; the file is closed first.
 class TDFHandler {
 public:
@@ -61,14 +62,14 @@ public:
     /// False when a write was short or the stream is null.
     bool SaveNameVersion(FILE* stream, const char* sectionName, uint32_t version);
 
-    /// False for a null or empty name or a file that can't be opened for reading.
+    /// False for a null or empty name, or when no regular file opens for reading under it.
     bool IsFileAvailable(const char* fileName);
 
     /// True when the name ends in "." and the extension (any ASCII case) and is longer than it.
     bool HasExtension(const char* fileName, const char* extension);
 };
 
-/// Size of the file in bytes, 0 when it can't be opened.
+/// Size of the file in bytes, 0 when it can't be opened or is no regular file.
 uint32_t FileSize(const char* fileName);
 
 } // namespace Trace

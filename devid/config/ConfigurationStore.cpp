@@ -7,6 +7,7 @@
 #include "devid/DeviceXmlCache.h"
 #include "devid/target/HexkitError.h"
 #include "common/source/source_utilities/uEnvironment.h"
+#include "common/source/source_utilities/uFile.h"
 #include "tdf/TDFHandler.h"
 
 #include <algorithm>
@@ -20,6 +21,8 @@ namespace Lux {
 namespace Trace {
 
 namespace {
+
+using MORA_LUX::uFile;
 
 constexpr char kSection[] = "DEVID";
 constexpr uint32_t kSectionVersion = 1;
@@ -60,10 +63,8 @@ bool CDeviceIdentifierImpl::SaveConfiguration(const std::string& fileName, eTrac
         DevIdLog(1, "DevId: saving settings to TDF %s file", fileName.c_str());
         TDFHandler tdf;
         try {
-            if (!tdf.ISTDF(fileName.c_str())) {
-                DevIdLog(16, "DevId: %s is not a TDF file", fileName.c_str());
+            if (!tdf.ISTDF(fileName.c_str()))
                 return false;
-            }
             uint32_t offset = 0;
             tdf.SaveSectionHeader(fileName.c_str(), kSection, kSectionVersion, offset);
             uint32_t sectionLength = 0;
@@ -82,16 +83,13 @@ bool CDeviceIdentifierImpl::SaveConfiguration(const std::string& fileName, eTrac
             DevIdLog(16, "DevId: Cannot open file %s", path.c_str());
             return false;
         }
-        FilePtr file(std::fopen(path.c_str(), "w"));
+        FilePtr file(uFile::OpenRegularFile(path.c_str(), "w"));
         if (!file) {
             DevIdLog(16, "DevId: Cannot open file %s", path.c_str());
             return false;
         }
-        if (!WriteAndClose(std::move(file), text.data(), text.size())) {
-            DevIdLog(16, "DevId: Cannot write file %s", path.c_str());
-            return false;
-        }
-        return true;
+        // A full disk makes this false; the tool tells its user why.
+        return WriteAndClose(std::move(file), text.data(), text.size());
     }
     return false;
 }
@@ -105,7 +103,7 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
 
     if (type == eTraceDataFileDCM) {
         DevIdLog(1, "Devid: loading settings from %s", fileName.c_str());
-        FilePtr file(std::fopen(fileName.c_str(), "r"));
+        FilePtr file(uFile::OpenRegularFile(fileName.c_str(), "r"));
         if (!file) {
             DevIdLog(16, "Devid: error loading settings from %s", fileName.c_str());
             return false;
@@ -115,10 +113,8 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
     }
 
     if (type == eTraceDataFileDeviceXML) {
-        if (!CacheDeviceXmlName(fileName)) {
-            DevIdLog(16, "Devid: device file name too long: %s", fileName.c_str());
-            return false;
-        }
+        // A name longer than the buffer is cut; the search then finds no such file.
+        SetDeviceXmlName(fileName);
         m_deviceXmlGiven = true;
         m_configLoaded = true;
         m_configFromFile = true;
@@ -133,13 +129,12 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
     std::string tempPath;
     try {
         TDFHandler tdf;
-        if (!tdf.ISTDF(fileName.c_str())) {
-            DevIdLog(16, "Devid: %s is not a TDF file", fileName.c_str());
+        if (!tdf.ISTDF(fileName.c_str()))
             return false;
-        }
         uint32_t length = 0;
         tdf.GetSectionDataLengthInBytes(fileName.c_str(), kSection, kSectionVersion, length);
-        std::unique_ptr<char[]> buffer(length > 0 ? new (std::nothrow) char[length]() : nullptr);
+        // An empty section gets a buffer too: loading into it then fails with its own message.
+        std::unique_ptr<char[]> buffer(new (std::nothrow) char[length]());
         if (!buffer) {
             DevIdLog(16, "Devid: memory allocation failure.");
             return false;
@@ -150,17 +145,12 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
         // The text reader works on a stream, so the section goes through a file.
         MORA_LUX::uEnvironment::GetTraceTemporaryDataDirectory(tempPath);
         MORA_LUX::uEnvironment::JoinPaths(tempPath, "temp.txt");
-        if (tempPath.size() >= kTempPathSize) {
-            DevIdLog(16, "Devid: temporary file path too long: %s", tempPath.c_str());
+        if (tempPath.size() >= kTempPathSize)
             return false;
-        }
-        FilePtr temp(std::fopen(tempPath.c_str(), "wb+"));
-        if (!temp) {
-            DevIdLog(16, "Devid: Cannot open temporary file %s", tempPath.c_str());
+        FilePtr temp(uFile::OpenRegularFile(tempPath.c_str(), "wb+"));
+        if (!temp)
             return false;
-        }
         if (!WriteAndClose(std::move(temp), buffer.get(), bytesRead)) {
-            DevIdLog(16, "Devid: Cannot write temporary file %s", tempPath.c_str());
             std::remove(tempPath.c_str());
             return false;
         }
@@ -174,7 +164,7 @@ bool CDeviceIdentifierImpl::LoadConfiguration(const std::string& fileName, eTrac
 
     bool loaded = false;
     {
-        FilePtr temp(std::fopen(tempPath.c_str(), "a+"));
+        FilePtr temp(uFile::OpenRegularFile(tempPath.c_str(), "a+"));
         if (temp)
             m_configFromFile = true;
         loaded = LoadConfigurationDCMFile(temp.get());

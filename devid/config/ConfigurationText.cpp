@@ -20,8 +20,10 @@ namespace Trace {
 
 namespace {
 
-// Lines longer than this (newline excluded) cannot be held by the reader.
+// The reader's line buffer: a line fits with its newline and terminator, so the
+// longest line either side accepts has 16383 characters before its newline.
 constexpr std::size_t kLineBufferSize = 16384;
+constexpr std::size_t kLongestLine = kLineBufferSize - 1;
 // Field and item separators of the list lines; also cut a value's line end.
 constexpr char kSeparators[] = "$~\r\n";
 
@@ -83,7 +85,7 @@ LineResult ReadLine(FILE* file, std::string& line)
     if (c == EOF)
         return LineResult::End;
     for (; c != EOF; c = std::getc(file)) {
-        if (line.size() == kLineBufferSize - 1 && c != '\n') {
+        if (line.size() == kLongestLine && c != '\n') {
             while (c != '\n' && c != EOF)
                 c = std::getc(file);
             return LineResult::TooLong;
@@ -99,19 +101,11 @@ LineResult ReadLine(FILE* file, std::string& line)
 
 bool CDeviceIdentifierImpl::ComposeConfiguration(std::string& text)
 {
-    auto refuse = [](const std::string& name) {
-        DevIdLog(16, "DevId: Cannot save configuration: name \"%s\" is empty or holds '$', '~' or a line end.",
-                 name.c_str());
-        return false;
-    };
-
     std::string composed;
     const std::string emulator = m_board ? m_board->emulatorName : "kmr770";
     const std::string port = m_board ? m_board->emulatorPort : "0";
-    if (!IsWritableValue(emulator))
-        return refuse(emulator);
-    if (!IsWritableValue(port))
-        return refuse(port);
+    if (!IsWritableValue(emulator) || !IsWritableValue(port))
+        return false;
     composed += "EMU=" + emulator + "\n";
     composed += "PORT=" + port + "\n";
 
@@ -127,10 +121,8 @@ bool CDeviceIdentifierImpl::ComposeConfiguration(std::string& text)
     // By index and by copy: GetOutFileName is virtual and may be overridden.
     for (std::size_t i = 0; i < m_connections.size(); ++i) {
         const DeviceConnectionInfo record = m_connections[i];
-        if (!IsWritableName(record.name))
-            return refuse(record.name);
-        if (!IsWritableName(record.parentName))
-            return refuse(record.parentName);
+        if (!IsWritableName(record.name) || !IsWritableName(record.parentName))
+            return false;
         AppendHex(composed, record.deviceType);
         composed += "$" + record.name + "$" + record.parentName + "~";
         // Asked only so that every device has its output file in the map below.
@@ -140,10 +132,8 @@ bool CDeviceIdentifierImpl::ComposeConfiguration(std::string& text)
 
     composed += "OUTFILES=";
     for (const auto& entry : m_outFiles) {
-        if (!IsWritableName(entry.first))
-            return refuse(entry.first);
-        if (!IsWritableName(entry.second))
-            return refuse(entry.second);
+        if (!IsWritableName(entry.first) || !IsWritableName(entry.second))
+            return false;
         composed += entry.first + "$" + entry.second + "~";
     }
     composed += "\n";
@@ -160,12 +150,8 @@ bool CDeviceIdentifierImpl::ComposeConfiguration(std::string& text)
     // A text the reader would refuse must not replace a good saved session.
     for (std::size_t start = 0; start < composed.size();) {
         const std::size_t end = composed.find('\n', start);
-        if (end - start >= kLineBufferSize - 1) {
-            DevIdLog(16, "DevId: Cannot save configuration: the %s line is longer than %u characters.",
-                     composed.substr(start, composed.find('=', start) - start).c_str(),
-                     static_cast<unsigned>(kLineBufferSize - 2));
+        if (end - start > kLongestLine)
             return false;
-        }
         start = end + 1;
     }
 
@@ -185,9 +171,6 @@ bool CDeviceIdentifierImpl::LoadConfigurationDCMFile(FILE* file)
 
     std::string line;
     for (LineResult result = ReadLine(file, line); result != LineResult::End; result = ReadLine(file, line)) {
-        // The writer ends every line; a last line without its end was cut short.
-        if (result == LineResult::Line && line.back() != '\n')
-            DevIdLog(2, "DevId: DCM file ends inside a line; its last value may be incomplete.");
         // What follows a NUL byte is invisible to C string handling; so it is here.
         line.resize(std::strlen(line.c_str()));
         if (line.empty() || line[0] == ' ' || line[0] == '#' || line[0] == '\n')

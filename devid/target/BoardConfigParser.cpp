@@ -2,6 +2,7 @@
 // debug session uses.
 #include "devid/CDeviceIdentifierImpl.h"
 #include "devid/DevIdLog.h"
+#include "common/source/source_utilities/uFile.h"
 
 #include <cstdio>
 #include <cstring>
@@ -69,7 +70,7 @@ BoardConfig* CDeviceIdentifierImpl::ParseBoardConfigFile(const char* path)
 {
     if (path == nullptr || *path == '\0')
         return nullptr;
-    std::unique_ptr<FILE, decltype(&std::fclose)> file(std::fopen(path, "r"), &std::fclose);
+    std::unique_ptr<FILE, decltype(&std::fclose)> file(MORA_LUX::uFile::OpenRegularFile(path, "r"), &std::fclose);
     if (!file)
         return nullptr;
 

@@ -5,6 +5,7 @@
 #include "devid/DevIdLog.h"
 #include "devid/NumberText.h"
 #include "common/source/source_utilities/uEnvironment.h"
+#include "common/source/source_utilities/uFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -40,7 +41,7 @@ void CDeviceIdentifierImpl::PopulateId2Family()
         path += "/";
     path += "kmralias.cfg";
 
-    std::unique_ptr<FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "r"), &std::fclose);
+    std::unique_ptr<FILE, decltype(&std::fclose)> file(MORA_LUX::uFile::OpenRegularFile(path.c_str(), "r"), &std::fclose);
     if (!file) {
         DevIdLog(2, "DevId: Cannot open kmralias.cfg file");
         return;

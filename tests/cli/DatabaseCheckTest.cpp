@@ -1,6 +1,8 @@
 // `devid db check` on the example database and on broken folders written here.
 #include "tests/cli/ToolRunner.h"
 
+#include <sys/stat.h>
+
 namespace devid_test {
 namespace {
 
@@ -74,6 +76,7 @@ TEST(DatabaseCheck, ExampleDatabasePassesAndEachFaultOfABrokenFolderIsReported)
     tool.scratch.write("db/device_c.xml", device(R"(id="c" value="0x4000003F" mask="0xFFFFFFFF")"));
     tool.scratch.write("db/device_d.xml", "<database><device id=\"d\" value=\"1\"></database>");
     tool.scratch.write("db/device_e.xml", device(R"(value="0x5")"));
+    ASSERT_EQ(mkfifo(tool.scratch.file("db/device_fifo.xml").c_str(), 0600), 0);
     const Json doc = tool.JsonOf({"db", "check", tool.scratch.file("db")}, 1, false);
     EXPECT_EQ(doc.at("error").at("code"), "check-failed");
 
@@ -97,6 +100,7 @@ TEST(DatabaseCheck, ExampleDatabasePassesAndEachFaultOfABrokenFolderIsReported)
         {"device_b.xml", "error device", "device_a.xml"},
         {"device_d.xml", "error ", "not well-formed XML"},
         {"device_e.xml", "error device", "\"id\""},
+        {"device_fifo.xml", "warning ", "not a regular file"},
     };
     for (const auto& e : expected) {
         const std::string problems = ProblemsOf(doc, e[0]);

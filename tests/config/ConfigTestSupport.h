@@ -21,7 +21,9 @@ namespace devid_test {
 
 using Access = Mora::Lux::Trace::DeviceIdentifierTestAccess;
 using Mora::Lux::Trace::CDeviceIdentifierImpl;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 // Answers every name, so an empty answer shows that it was never asked.
 class FakeChannelServer : public Mora::Lux::Trace::ChannelServer {

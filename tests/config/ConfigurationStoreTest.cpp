@@ -41,9 +41,6 @@ TEST_F(StoreTest, DimFile)
     EXPECT_TRUE(fresh->LoadConfiguration(TraceDir() + "/run1.dim", eTraceDataFileDCM));
     ExpectRestored(*fresh);
 
-    // A full disk only shows when the data is flushed.
-    ASSERT_EQ(symlink("/dev/full", (TraceDir() + "/full.dim").c_str()), 0);
-    EXPECT_FALSE(d->SaveConfiguration("full", eTraceDataFileDCM));
     EXPECT_FALSE(fresh->LoadConfiguration(home.file("missing.dim"), eTraceDataFileDCM));
 }
 
@@ -64,6 +61,28 @@ TEST_F(StoreTest, TdfSectionBesideOtherSections)
     auto fresh = Make();
     EXPECT_TRUE(fresh->LoadConfiguration(file, eTraceDataFileTDF));
     ExpectRestored(*fresh);
+}
+
+TEST_F(StoreTest, LoadsAtTheirLimits)
+{
+    // An empty DEVID section allocates fine; it fails where its data is loaded.
+    const std::string file = home.file("empty.tdf");
+    TDFHandler tdf;
+    tdf.CreateTDFFile(file.c_str());
+    uint32_t offset = 0;
+    tdf.SaveSectionHeader(file.c_str(), "DEVID", 1, offset);
+    EXPECT_FALSE(Make()->LoadConfiguration(file, eTraceDataFileTDF));
+    EXPECT_THAT(Log(), AllOf(HasSubstr("Devid: No buffer allocated to load section data."),
+                             Not(HasSubstr("memory allocation failure"))));
+
+    // A device file name is cut to the 4131 characters its buffer holds; the load goes on.
+    for (const size_t length : {4131u, 4132u, 5000u}) {
+        const std::string name = "/" + std::string(length - 1, 'd');
+        auto d = Make();
+        EXPECT_FALSE(d->LoadConfiguration(name, eTraceDataFileDeviceXML));
+        EXPECT_TRUE(d->IsConfigurationLoaded()) << length;
+        EXPECT_EQ(CDeviceIdentifierImpl::GetMatchedDeviceFile(), name.substr(0, 4131));
+    }
 }
 
 TEST_F(StoreTest, DeviceIdLoadsAndOfflineSettings)

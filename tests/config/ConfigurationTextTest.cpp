@@ -61,6 +61,19 @@ TEST_F(ConfigTest, ReaderLineRules)
     EXPECT_EQ(d->GetOutFiles(), (std::map<std::string, std::string>{{"A", "a2.tdf"}, {"B", "b.tdf"}}));
 }
 
+TEST_F(ConfigTest, WriterAndReaderAgreeOnTheLongestLine)
+{
+    // "DEVINFO=0x1$" + name + "$P~" with a name of 16368 is the longest line either side takes.
+    for (const size_t nameLength : {16368u, 16369u}) {
+        auto d = Make();
+        ASSERT_TRUE(LoadText(*d, "EMU=e\n"));
+        Access(*d).Connections().push_back({1, 0, std::string(nameLength, 'n'), "P"});
+        std::string text;
+        ASSERT_EQ(d->ComposeConfiguration(text), nameLength == 16368u) << nameLength;
+        EXPECT_TRUE(text.empty() || LoadText(*Make(), text));
+    }
+}
+
 TEST_F(ConfigTest, ReaderStopsAtAnOverlongLine)
 {
     auto over = Make();

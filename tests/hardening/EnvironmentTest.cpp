@@ -2,6 +2,7 @@
 // HOME at all. Root reads everything, so these checks run as user nobody in a
 // child process.
 #include "devid/CDeviceIdentifier.h"
+#include "common/source/source_utilities/uDll.h"
 #include "simboard/SimBoardReader.h"
 #include "tests/hardening/HardeningSupport.h"
 
@@ -35,13 +36,13 @@ protected:
     std::vector<std::string> locked;
 };
 
-TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
+TEST_F(Environment, UnreadableFilesAndFoldersAreRefused)
 {
     scratch.write("lockeddb/device_grebe.xml", SmallDevice());
     const std::string lockedDb = Lock(scratch.file("lockeddb"));
     const std::string db = scratch.file("db");
     scratch.write("db/device_b.xml", SmallDevice());
-    const std::string lockedDevice = Lock(scratch.write("db/device_a.xml", SmallDevice()));
+    Lock(scratch.write("db/device_a.xml", SmallDevice()));
     const std::string dim = Lock(scratch.write("session.dim", SessionText()));
     const std::string tdf = Lock(scratch.write("session.tdf", "TDF2"));
     const std::string board = scratch.file("board");
@@ -68,9 +69,10 @@ TEST_F(Environment, UnreadableFilesAndFoldersAreRefusedWithAReason)
         EXPECT_FALSE(simboard.ok);
         EXPECT_THAT(simboard.description, HasSubstr("simboard.xml"));
 
-        for (const std::string& line : std::vector<std::string>{"DevId: No XML file found.", "DevId: Cannot read " + lockedDevice + " as XML; skipped.",
-                                         "Devid: error loading settings from " + dim, tdf + " is not a TDF file", "DevId: Cannot open kmralias.cfg file"})
+        for (const std::string& line : {std::string("DevId: No XML file found."), "Devid: error loading settings from " + dim, std::string("DevId: Cannot open kmralias.cfg file")})
             EXPECT_THAT(Log(), HasSubstr(line));
+        // The search and the loads have no lines of their own for a file they skip or refuse.
+        EXPECT_THAT(Log(), AllOf(Not(HasSubstr("skipped.")), Not(HasSubstr("is not a TDF file"))));
     });
 }
 
@@ -99,7 +101,7 @@ TEST_F(Environment, ReadOnlyOrMissingHomeStillAnswersAndReportsWhatItCannotSave)
         answersButCannotSave();
     }, output);
     EXPECT_THAT(readFile(output), AllOf(HasSubstr("DevId: Cannot open file " + home.path() + "/.MORA-trace/run1.dim"),
-                                        HasSubstr("Devid: Cannot open temporary file")));
+                                        Not(HasSubstr("temporary file"))));
 
     // With no HOME the log is written in the working folder.
     const std::string work = scratch.file("work");
@@ -110,6 +112,24 @@ TEST_F(Environment, ReadOnlyOrMissingHomeStillAnswersAndReportsWhatItCannotSave)
         answersButCannotSave();
         EXPECT_THAT(ProcessLogIn(work),
                     AllOf(HasSubstr("DevId: Cannot open file /run1.dim"), HasSubstr("Devid: failed to read environment variable \"HOME\"")));
+    });
+}
+
+// A working folder removed under the process cannot be named in the loader's
+// log lines: each library load then fails, and no client call throws.
+TEST_F(Environment, RemovedWorkingFolderFailsLoadsWithoutAnException)
+{
+    const std::string gone = scratch.file("gone");
+    RunInChild(false, [&] {
+        ASSERT_EQ(mkdir(gone.c_str(), 0700), 0);
+        ASSERT_EQ(chdir(gone.c_str()), 0);
+        ASSERT_EQ(rmdir(gone.c_str()), 0);
+        MORA_LUX::uDll library;
+        EXPECT_FALSE(library.FindAndLoad("devid"));
+        EXPECT_STREQ(library.GetError(), "failed to get current working directory");
+        auto devId = Make();
+        EXPECT_EQ(devId->GetSessionSetting("", eSessionSettingEmuName), "");
+        devId->SaveConfiguration("run1", eTraceDataFileDCM);
     });
 }
 

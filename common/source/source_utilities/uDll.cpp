@@ -90,7 +90,14 @@ bool uDll::FindAndLoad(const char* name, int mode)
     if (m_handle != nullptr)
         return true;
     std::string workingDirectory;
-    uEnvironment::GetWorkingDirectory(workingDirectory);
+    try {
+        uEnvironment::GetWorkingDirectory(workingDirectory);
+    } catch (const source_utilities_error& error) {
+        // The directory is only there to be logged, but callers rely on a loader
+        // that never throws: without it the load fails like any other.
+        m_error = error.what();
+        return false;
+    }
     LogLine("uDll:  request to load \"%s\" in mode %d", name, mode);
     std::string platformName;
     GetPlatformName(platformName, name);

@@ -21,7 +21,8 @@ public:
     /// loader fails; the loader's text is kept in GetError() and logged.
     bool Load(const char* path = nullptr, int mode = -1);
     /// Loads "lib<name>.so" (or `name` when it already has ".so") through the
-    /// loader's own search. False for a null name or a failed load.
+    /// loader's own search. False for a null name, a failed load or a working
+    /// directory that can't be read (GetError() says which); never throws.
     bool FindAndLoad(const char* name, int mode = -1);
     /// Null when nothing is loaded or the symbol is missing (GetError() says why).
     void* GetSymbolAddress(const char* name);

@@ -3,6 +3,10 @@
 #undef _FILE_OFFSET_BITS
 #include "common/source/source_utilities/uFile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstring>
 
 namespace MORA_LUX {
@@ -33,9 +37,44 @@ bool uFile::OpenInternal(const char* path, const char* mode)
 {
     if (path == nullptr)
         return false;
-    m_stream = std::fopen(path, (mode == nullptr || mode[0] == '\0') ? "r" : mode);
+    m_stream = OpenRegularFile(path, (mode == nullptr || mode[0] == '\0') ? "r" : mode);
     m_open = m_stream != nullptr;
     return m_open;
+}
+
+FILE* uFile::OpenRegularFile(const char* path, const char* mode)
+{
+    if (path == nullptr || mode == nullptr)
+        return nullptr;
+    int flags = 0;
+    switch (mode[0]) {
+    case 'r':
+        break;
+    case 'w':
+        flags = O_CREAT;
+        break;
+    case 'a':
+        flags = O_CREAT | O_APPEND;
+        break;
+    default:
+        return nullptr;
+    }
+    if (std::strchr(mode, '+') != nullptr)
+        flags |= O_RDWR;
+    else
+        flags |= mode[0] == 'r' ? O_RDONLY : O_WRONLY;
+    // Without O_NONBLOCK, opening a FIFO waits for its other end, possibly for ever.
+    // O_LARGEFILE keeps files past 2 GiB open on a 32-bit host, as fopen64 does.
+    const int fd = open(path, flags | O_NONBLOCK | O_CLOEXEC | O_LARGEFILE, 0666);
+    if (fd < 0)
+        return nullptr;
+    struct stat64 info;
+    FILE* stream = nullptr;
+    if (fstat64(fd, &info) == 0 && S_ISREG(info.st_mode) && (mode[0] != 'w' || ftruncate(fd, 0) == 0))
+        stream = fdopen(fd, mode);
+    if (stream == nullptr)
+        close(fd);
+    return stream;
 }
 
 bool uFile::Close()

@@ -25,8 +25,14 @@ public:
     bool Open();
     /// Stores a non-null path and the mode, then opens; false on failure.
     bool Open(const char* path, const char* mode);
-    /// Opens with `mode` ("r" when null or empty); returns whether a stream was obtained.
+    /// Opens with `mode` ("r" when null or empty) through OpenRegularFile;
+    /// returns whether a stream was obtained.
     bool OpenInternal(const char* path, const char* mode);
+    /// fopen for regular files only, and without ever waiting: a FIFO, socket,
+    /// device or folder gives null, as do a null path and a mode that does not
+    /// start with r, w or a. A "w" mode empties the file only once it is known
+    /// to be a regular one.
+    static FILE* OpenRegularFile(const char* path, const char* mode);
     /// False when there is no stream; a failed close leaves IsOpen() true.
     bool Close();
     bool IsOpen() const;

@@ -158,7 +158,9 @@ int uString::Split(const char* text, std::string& first, std::string& rest, cons
     if (delimiter == nullptr)
         throw error("unable to split with null delimeter");
     const std::string whole(text);
-    const std::string::size_type at = whole.find(delimiter);
+    // An empty delimiter would match before every character without consuming
+    // any, so a repeated split could never end: it matches nowhere instead.
+    const std::string::size_type at = *delimiter == '\0' ? std::string::npos : whole.find(delimiter);
     if (at != std::string::npos) {
         first = whole.substr(0, at);
         rest = whole.substr(at + std::strlen(delimiter));

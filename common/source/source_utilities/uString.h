@@ -58,10 +58,12 @@ public:
     static double ToDouble(const char* text);
 
     /// Splits at the first delimiter: 2 when found, else 1 (whole text in
-    /// `first`) or 0 for empty text. Throws error for a null text or delimiter.
+    /// `first`) or 0 for empty text. An empty delimiter is never found.
+    /// Throws error for a null text or delimiter.
     static int Split(const char* text, std::string& first, std::string& rest, const char* delimiter);
     /// Appends every piece to `parts` (a trailing delimiter adds none); returns
-    /// the size of `parts`. Throws error for a null text or delimiter.
+    /// the size of `parts`. An empty delimiter appends the whole text as one
+    /// piece (none for empty text). Throws error for a null text or delimiter.
     static int Split(std::vector<std::string>& parts, const char* text, const char* delimiter);
     /// Replaces every `from` by `to`, resuming after the length of `from`.
     /// Throws error for a null `from` or `to`.
