@@ -71,11 +71,11 @@ const char kBroken[] = R"(/dts-v1/;
 std::vector<std::string> RouteTexts(const Json& doc)
 {
     std::vector<std::string> routes;
-    for (const Json& route : doc["routes"].items) {
-        std::string text = route["source"]["id"].text;
-        for (const Json& link : route["links"].items)
-            text += " > " + link["name"].text;
-        routes.push_back(text + " > " + route["sink"]["name"].text);
+    for (const Json& route : doc["routes"]) {
+        std::string text = route["source"]["id"].get<std::string>();
+        for (const Json& link : route["links"])
+            text += " > " + link["name"].get<std::string>();
+        routes.push_back(text + " > " + route["sink"]["name"].get<std::string>());
     }
     return routes;
 }
@@ -89,11 +89,11 @@ TEST(DeviceTreeImport, DescriptionIsCleanAndTheLibraryIdentifiesAndAnswersFromIt
     ASSERT_EQ(imported.status, 0) << imported.err;
     EXPECT_EQ(imported.err, "");
     EXPECT_EQ(imported.out, "db/device_soc.xml: 2 processors, 8 modules, 3 sources, 6 routes\n");
-    EXPECT_EQ(tool.JsonOf({"db", "check", "db"}, 0, false)["warnings"].number, 0);
+    EXPECT_EQ(tool.JsonOf({"db", "check", "db"}, 0, false)["warnings"], 0);
 
     const Json identified = tool.JsonOf({"identify", "--db", "db", "--board", board}, 0, false);
-    EXPECT_NE(identified["descriptions"].items.at(0)["file"].text.find("device_soc.xml"), std::string::npos)
-        << identified["descriptions"].items.at(0)["file"].text;
+    EXPECT_NE(identified["descriptions"].at(0)["file"].get<std::string>().find("device_soc.xml"), std::string::npos)
+        << identified["descriptions"].at(0)["file"].get<std::string>();
     const std::vector<std::string> expected{
         "ETM4_22040000 > FUNNEL_20040000 > TMC_ETF_20010000 > REPLICATOR > TMC_ETR_20070000",
         "ETM4_22040000 > FUNNEL_20040000 > TMC_ETF_20010000 > REPLICATOR > TPIU_20030000",
@@ -106,11 +106,11 @@ TEST(DeviceTreeImport, DescriptionIsCleanAndTheLibraryIdentifiesAndAnswersFromIt
     // The first core is found by its ETM, not by the STM listed before it, and
     // the ETM carries its identification registers at the top of its frame.
     const Json proc = tool.JsonOf({"proc", "CPU_0", "--db", "db", "--board", board}, 0, false);
-    const Json& etm = proc["processor"]["modules"].items.at(0);
-    EXPECT_EQ(etm["name"].text, "ETM4_22040000");
-    EXPECT_EQ(FindBy(etm["registers"], "name", "CIDR0")["address"].text, "0x22040ff0");
-    EXPECT_EQ(FindBy(etm["registers"], "name", "PIDR4")["address"].text, "0x22040fd0");
-    EXPECT_EQ(FindBy(etm["characteristics"], "name", "base")["value"].text, "0x22040000");
+    const Json& etm = proc["processor"]["modules"].at(0);
+    EXPECT_EQ(etm["name"].get<std::string>(), "ETM4_22040000");
+    EXPECT_EQ(FindBy(etm["registers"], "name", "CIDR0")["address"].get<std::string>(), "0x22040ff0");
+    EXPECT_EQ(FindBy(etm["registers"], "name", "PIDR4")["address"].get<std::string>(), "0x22040fd0");
+    EXPECT_EQ(FindBy(etm["characteristics"], "name", "base")["value"].get<std::string>(), "0x22040000");
 
     // --all keeps the disabled ETB; no --id leaves the ID 0 with a warning.
     imported = tool.Run({"db", "import", tree, "--out", "all", "--all", "--name", "every"});
@@ -134,7 +134,7 @@ TEST(DeviceTreeImport, BrokenGraphsAndBadInputAreReportedNeverFatal)
         EXPECT_NE(result.err.find(problem), std::string::npos) << problem << "\n" << result.err;
     // What survives still checks clean: the PTM straight into the ETB.
     EXPECT_EQ(result.out, "db/device_broken.xml: 1 processor, 4 modules, 1 source, 1 route\n");
-    EXPECT_EQ(tool.JsonOf({"db", "check", "db"}, 0, false)["errors"].number, 0);
+    EXPECT_EQ(tool.JsonOf({"db", "check", "db"}, 0, false)["errors"], 0);
 
     tool.scratch.write("garbage.dtb", "not a tree");
     tool.scratch.write("empty.dts", "/dts-v1/;\n/ { cpus { }; };\n");
