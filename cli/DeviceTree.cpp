@@ -75,8 +75,10 @@ DeviceTree DeviceTree::Load(const std::string& path, std::string& error)
     if (!error.empty())
         return tree;
     // fdt_check_full walks every tag, so later calls never read past the blob.
+    // It dereferences a null name on trees older than version 16, which no
+    // current dtc writes, so those are refused first.
     if (blob.size() < sizeof(fdt_header) || fdt_totalsize(blob.data()) > blob.size() ||
-        fdt_check_full(blob.data(), blob.size()) != 0) {
+        fdt_version(blob.data()) < 16 || fdt_check_full(blob.data(), blob.size()) != 0) {
         error = "not a compiled device tree";
         return tree;
     }
