@@ -3,14 +3,12 @@
 #include "devid/target/HexkitError.h"
 #include "simboard/OpenOcdBoard.h"
 #include "simboard/OpenOcdClient.h"
+#include "simboard/LoopbackPort.h"
 
-#include <arpa/inet.h>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <cstdlib>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -22,24 +20,6 @@ namespace Sim {
 namespace {
 
 const auto RetryPause = std::chrono::milliseconds(100);
-
-// A port that was free a moment ago; OpenOCD cannot report the one it picks.
-uint16_t FreeLoopbackPort()
-{
-    int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0)
-        return 0;
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    uint16_t port = 0;
-    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    close(fd);
-    return port;
-}
 
 bool Exited(pid_t pid)
 {

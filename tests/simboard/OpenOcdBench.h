@@ -4,6 +4,8 @@
 #ifndef DEVID_TESTS_OPENOCDBENCH_H
 #define DEVID_TESTS_OPENOCDBENCH_H
 
+#include "simboard/LoopbackPort.h"
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -104,22 +106,6 @@ private:
     int m_stdout = -1;
 };
 
-/// A loopback port that was free a moment ago.
-inline uint16_t FreePort()
-{
-    int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    uint16_t port = 0;
-    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    close(fd);
-    return port;
-}
-
 inline bool Accepts(uint16_t port)
 {
     int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -161,7 +147,7 @@ private:
 class OpenOcdBench {
 public:
     OpenOcdBench(const std::string& boardFolder, const std::string& log, const std::string& declare = "")
-        : m_sim(boardFolder), m_tclPort(FreePort()),
+        : m_sim(boardFolder), m_tclPort(Mora::Lux::Sim::FreeLoopbackPort()),
           m_openocd({"openocd", "-c",
                      m_sim.adapterCommands() + "; tcl_port " + std::to_string(m_tclPort) +
                          "; gdb_port disabled; telnet_port disabled; " + declare + "; init"},

@@ -151,7 +151,7 @@ TEST_F(OpenOcdTest, FailuresAreReportedWithoutHanging)
   <device name="C" type="2" parent="R"><memory address="0x100" value="7"/></device>)");
 
     // Nobody listens.
-    const std::string refused = "127.0.0.1:" + std::to_string(devid_test::FreePort());
+    const std::string refused = "127.0.0.1:" + std::to_string(Mora::Lux::Sim::FreeLoopbackPort());
     setenv("DEVID_OPENOCD", refused.c_str(), 1);
     std::string text = "SetupAdapter4";
     EXPECT_FALSE(Setup()->Open(text));
