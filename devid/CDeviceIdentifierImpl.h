@@ -12,6 +12,7 @@
 #define MORA_LUX_TRACE_CDEVICEIDENTIFIERIMPL_H
 
 #include "devid/CDeviceIdentifier.h"
+#include "devid/model/TextArena.h"
 #include "devid/target/DeviceConnectionInfo.h"
 #include "common/source/source_utilities/uDll.h"
 
@@ -177,6 +178,9 @@ private:
     std::vector<std::unique_ptr<CModuleInfoImpl>> m_modules;
     std::vector<std::unique_ptr<CTraceRouteInfoImpl>> m_routes;
     std::vector<std::unique_ptr<CSourceInfoImpl>> m_sources;
+    // The texts of registers, characteristics and mappings in the lists above;
+    // freed after them.
+    TextArena m_texts;
 
     std::map<std::string, std::string> m_outFiles;
     std::string m_lastOutFile;

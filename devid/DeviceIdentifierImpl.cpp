@@ -235,6 +235,7 @@ void CDeviceIdentifierImpl::ReleaseModel()
     m_modules.clear();
     m_routes.clear();
     m_sources.clear();
+    m_texts.Clear();
 }
 
 void CDeviceIdentifierImpl::Reset()

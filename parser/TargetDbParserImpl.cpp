@@ -145,8 +145,11 @@ const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* 
         m_attributes.clear();
         for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
              attribute = attribute.next_attribute()) {
-            const char* attributeName = attribute.name();
-            m_attributes.push_back({NameKey(attributeName), attributeName, attribute.value()});
+            // Filled in place: a temporary copied in whole would wait on its part stores.
+            Attribute& entry = m_attributes.emplace_back();
+            entry.name = attribute.name();
+            entry.value = attribute.value();
+            entry.key = NameKey(entry.name);
         }
         m_attributesOf = element.internal_object();
     }

@@ -1,19 +1,19 @@
 #include "devid/model/CCharacteristicImpl.h"
 
-#include <utility>
+#include "devid/model/TextArena.h"
 
 namespace Mora {
 namespace Lux {
 namespace Trace {
 
-CCharacteristicImpl::CCharacteristicImpl(std::string name, std::string value, std::string description)
-    : m_name(std::move(name)), m_value(std::move(value)), m_description(std::move(description))
+CCharacteristicImpl::CCharacteristicImpl(const char* name, const char* value, const char* description)
+    : m_name(name), m_value(value), m_description(description)
 {
 }
 
-std::string CCharacteristicImpl::GetName() { return m_name; }
-std::string CCharacteristicImpl::GetDescription() { return m_description; }
-std::string CCharacteristicImpl::GetValue() { return m_value; }
+std::string CCharacteristicImpl::GetName() { return TextOf(m_name); }
+std::string CCharacteristicImpl::GetDescription() { return TextOf(m_description); }
+std::string CCharacteristicImpl::GetValue() { return TextOf(m_value); }
 
 std::string LookupCharacteristicValue(const std::vector<std::unique_ptr<CCharacteristic>>& list,
                                       const std::string& name)

@@ -14,16 +14,18 @@ namespace Trace {
 
 class CCharacteristicImpl : public CCharacteristic {
 public:
-    CCharacteristicImpl(std::string name, std::string value, std::string description);
+    /// The texts must outlive the object (the loaders keep them in the model's
+    /// text arena); null reads as "".
+    CCharacteristicImpl(const char* name, const char* value, const char* description);
 
     std::string GetName() override;
     std::string GetDescription() override;
     std::string GetValue() override;
 
 private:
-    std::string m_name;
-    std::string m_value;
-    std::string m_description;
+    const char* m_name;
+    const char* m_value;
+    const char* m_description;
 };
 
 /// The value of the first characteristic named `name`, or "" when none is.

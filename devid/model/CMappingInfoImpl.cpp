@@ -1,18 +1,15 @@
 #include "devid/model/CMappingInfoImpl.h"
 
-#include <utility>
+#include "devid/model/TextArena.h"
 
 namespace Mora {
 namespace Lux {
 namespace Trace {
 
-CMappingInfoImpl::CMappingInfoImpl(std::string key, std::string value)
-    : m_key(std::move(key)), m_value(std::move(value))
-{
-}
+CMappingInfoImpl::CMappingInfoImpl(const char* key, const char* value) : m_key(key), m_value(value) {}
 
-std::string CMappingInfoImpl::GetKey() { return m_key; }
-std::string CMappingInfoImpl::GetValue() { return m_value; }
+std::string CMappingInfoImpl::GetKey() { return TextOf(m_key); }
+std::string CMappingInfoImpl::GetValue() { return TextOf(m_value); }
 
 } // namespace Trace
 } // namespace Lux

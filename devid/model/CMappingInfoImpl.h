@@ -12,14 +12,16 @@ namespace Trace {
 
 class CMappingInfoImpl : public CMappingInfo {
 public:
-    CMappingInfoImpl(std::string key, std::string value);
+    /// The texts must outlive the object (the loaders keep them in the model's
+    /// text arena); null reads as "".
+    CMappingInfoImpl(const char* key, const char* value);
 
     std::string GetKey() override;
     std::string GetValue() override;
 
 private:
-    std::string m_key;
-    std::string m_value;
+    const char* m_key;
+    const char* m_value;
 };
 
 } // namespace Trace

@@ -1,19 +1,19 @@
 #include "devid/model/CRegisterInfoImpl.h"
 
-#include <utility>
+#include "devid/model/TextArena.h"
 
 namespace Mora {
 namespace Lux {
 namespace Trace {
 
-CRegisterInfoImpl::CRegisterInfoImpl(std::string registerName) : name(std::move(registerName)) {}
+CRegisterInfoImpl::CRegisterInfoImpl(const char* registerName) : name(registerName) {}
 
-std::string CRegisterInfoImpl::GetName() { return name; }
+std::string CRegisterInfoImpl::GetName() { return TextOf(name); }
 bool CRegisterInfoImpl::IsMemoryMapped() { return memoryMapped; }
 unsigned int CRegisterInfoImpl::GetMemoryAddress() { return memoryAddress; }
 unsigned int CRegisterInfoImpl::GetMemoryPage() { return memoryPage; }
 unsigned int CRegisterInfoImpl::GetAddresableUnit() { return addressableUnit; }
-std::string CRegisterInfoImpl::GetDriverRegisterName() { return driverRegisterName; }
+std::string CRegisterInfoImpl::GetDriverRegisterName() { return TextOf(driverRegisterName); }
 unsigned int CRegisterInfoImpl::GetWidthInBits() { return widthInBits; }
 
 } // namespace Trace

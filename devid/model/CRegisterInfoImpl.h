@@ -1,5 +1,7 @@
 // One register of a module or a processor's identifier register. The loaders
-// create it with its name and then fill the public fields directly.
+// create it with its name and then fill the public fields directly. Its texts
+// are kept where the loader put them (the model's text arena), so a register
+// is a few words, however many a device has.
 #ifndef MORA_LUX_TRACE_CREGISTERINFOIMPL_H
 #define MORA_LUX_TRACE_CREGISTERINFOIMPL_H
 
@@ -14,7 +16,8 @@ namespace Trace {
 
 class CRegisterInfoImpl : public CRegisterInfo {
 public:
-    explicit CRegisterInfoImpl(std::string name);
+    /// `name` must outlive the register; null reads as "".
+    explicit CRegisterInfoImpl(const char* name);
 
     std::string GetName() override;
     bool IsMemoryMapped() override;
@@ -24,15 +27,15 @@ public:
     std::string GetDriverRegisterName() override;
     unsigned int GetWidthInBits() override;
 
-    std::string name;
+    const char* name;
     /// True when reached through memoryAddress, false when the debug driver
-    /// knows it as driverRegisterName.
+    /// knows it as driverRegisterName (which must outlive the register).
     bool memoryMapped = false;
     uint32_t memoryAddress = 0;
     uint32_t memoryPage = 0;
     uint32_t addressableUnit = 0;
     uint32_t widthInBits = 0;
-    std::string driverRegisterName;
+    const char* driverRegisterName = nullptr;
 };
 
 } // namespace Trace

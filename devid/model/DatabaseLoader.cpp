@@ -13,6 +13,7 @@
 #include "devid/NumberText.h"
 #include "devid/model/DatabaseText.h"
 #include "devid/model/TargetDbParser.h"
+#include "devid/model/TextArena.h"
 
 #include <cstring>
 #include <memory>
@@ -93,7 +94,7 @@ RegisterTexts ReadRegisterTexts(DBNode* node, RequiredAttributes& required)
 
 // Module registers and processor identifier registers decide memory mapping
 // by different rules, so the caller passes the decision in.
-void FillRegister(CRegisterInfoImpl& reg, const RegisterTexts& texts, bool memoryMapped)
+void FillRegister(CRegisterInfoImpl& reg, const RegisterTexts& texts, bool memoryMapped, TextArena& arena)
 {
     reg.memoryMapped = memoryMapped;
     reg.memoryPage = ParseUnsigned32(texts.page, 0);
@@ -102,7 +103,7 @@ void FillRegister(CRegisterInfoImpl& reg, const RegisterTexts& texts, bool memor
     if (memoryMapped)
         reg.memoryAddress = ParseUnsigned32(texts.address, 0);
     else
-        reg.driverRegisterName = texts.address;
+        reg.driverRegisterName = arena.Copy(texts.address);
 }
 
 std::size_t CountChildren(DBNode* parent, DBNode* end)
@@ -115,7 +116,8 @@ std::size_t CountChildren(DBNode* parent, DBNode* end)
 
 // Appends the characteristics listed under `container`; entries without a
 // name or a value mean nothing and are dropped.
-void ReadCharacteristics(DBNode* container, DBNode* end, std::vector<std::unique_ptr<CCharacteristic>>& out)
+void ReadCharacteristics(DBNode* container, DBNode* end, TextArena& arena,
+                         std::vector<std::unique_ptr<CCharacteristic>>& out)
 {
     for (DBNode* item = container->GetFirstChild(); Present(item, end); item = item->GetNextSibling()) {
         const char* id = item->GetAttribute("id");
@@ -123,25 +125,25 @@ void ReadCharacteristics(DBNode* container, DBNode* end, std::vector<std::unique
         if (id == nullptr || value == nullptr)
             continue;
         const char* description = item->GetAttribute("description");
-        out.push_back(std::make_unique<CCharacteristicImpl>(id, value, description != nullptr ? description : ""));
+        out.push_back(std::make_unique<CCharacteristicImpl>(arena.Copy(id), arena.Copy(value), arena.Copy(description)));
     }
 }
 
 // The first two non-empty runs between "." separators: the names of the key
 // and value attributes of every entry.
-std::pair<std::string, std::string> SplitMappingId(const std::string& id)
+std::pair<std::string, std::string> SplitMappingId(const char* id)
 {
-    std::vector<std::string> runs;
-    std::size_t start = 0;
-    while (runs.size() < 2 && start <= id.size()) {
-        std::size_t dot = id.find('.', start);
-        std::size_t stop = dot == std::string::npos ? id.size() : dot;
-        if (stop > start)
-            runs.push_back(id.substr(start, stop - start));
-        start = stop + 1;
+    std::string runs[2];
+    std::size_t found = 0;
+    while (found < 2 && *id != '\0') {
+        const char* stop = std::strchr(id, '.');
+        if (stop == nullptr)
+            stop = id + std::strlen(id);
+        if (stop > id)
+            runs[found++].assign(id, stop);
+        id = *stop == '.' ? stop + 1 : stop;
     }
-    runs.resize(2);
-    return {runs[0], runs[1]};
+    return {std::move(runs[0]), std::move(runs[1])};
 }
 
 const char* AttributeOrNull(DBNode* node, const std::string& name)
@@ -235,8 +237,8 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
     DevIdLog(1, "DevId: Module added name: %s, kind:%s, access proc:%s, version=%s", id, kind, proc, version);
     auto module = std::make_unique<CModuleInfoImpl>(id, kind, proc, version);
 
-    // Several characteristics sections add up; the module owns what it was given.
-    std::vector<CCharacteristic*> characteristics;
+    // Several characteristics sections add up, in document order.
+    std::vector<std::unique_ptr<CCharacteristic>> characteristics;
     for (DBNode* child = node->GetFirstChild(); Present(child, m_endNode); child = child->GetNextSibling()) {
         if (TagIs(child, "registers")) {
             module->ReserveRegisters(CountChildren(child, m_endNode));
@@ -245,17 +247,12 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
                 const char* type = required(r, "type");
                 if (!required.Complete())
                     return nullptr;
-                FillRegister(module->AddRegister(texts.id), texts, DatabaseNameIs(type, "mem"));
+                FillRegister(module->AddRegister(m_texts.Copy(texts.id)), texts, DatabaseNameIs(type, "mem"), m_texts);
                 DevIdLog(1, "DevId: Module register added %s, %s, %s, %s, %s", texts.id, texts.address, texts.page,
                          texts.addrunit, texts.width);
             }
         } else if (TagIs(child, "characteristics")) {
-            std::vector<std::unique_ptr<CCharacteristic>> added;
-            ReadCharacteristics(child, m_endNode, added);
-            characteristics.reserve(characteristics.size() + added.size());
-            for (CCharacteristic* item : ReleaseAll(added))
-                characteristics.push_back(item);
-            module->AddCharacteristics(characteristics);
+            ReadCharacteristics(child, m_endNode, m_texts, characteristics);
         } else if (TagIs(child, "mapping")) {
             const char* mapId = required(child, "id");
             if (!required.Complete())
@@ -273,12 +270,14 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
                     const char* key = AttributeOrNull(entry, names.first);
                     const char* value = AttributeOrNull(entry, names.second);
                     if (key != nullptr && value != nullptr)
-                        entries.push_back(std::make_unique<CMappingInfoImpl>(key, value));
+                        entries.push_back(std::make_unique<CMappingInfoImpl>(m_texts.Copy(key), m_texts.Copy(value)));
                 }
             }
             module->AddMappingInfo(mapId, ReleaseAll(entries));
         }
     }
+    if (!characteristics.empty())
+        module->AddCharacteristics(ReleaseAll(characteristics));
 
     if (const CProcIdentifier* processor = FindProcessor(proc))
         module->UpdateProcName(processor->procName);
@@ -309,8 +308,8 @@ bool CDeviceIdentifierImpl::LoadProcInfo(DBNode* procs)
                     if (!required.Complete())
                         return false;
                     const char* type = r->GetAttribute("type");
-                    proc->idRegister = std::make_unique<CRegisterInfoImpl>(texts.id);
-                    FillRegister(*proc->idRegister, texts, type == nullptr || !DatabaseNameIs(type, "reg"));
+                    proc->idRegister = std::make_unique<CRegisterInfoImpl>(m_texts.Copy(texts.id));
+                    FillRegister(*proc->idRegister, texts, type == nullptr || !DatabaseNameIs(type, "reg"), m_texts);
                 }
                 DBNode* value = r->GetNextSibling();
                 if (Present(value, m_endNode) && TagIs(value, "value")) {
@@ -340,7 +339,7 @@ bool CDeviceIdentifierImpl::LoadSourceInfo(DBNode* sources)
                         componentNames.push_back(module);
                 }
             } else if (TagIs(child, "characteristics")) {
-                ReadCharacteristics(child, m_endNode, characteristics);
+                ReadCharacteristics(child, m_endNode, m_texts, characteristics);
             }
         }
         if (id == nullptr || proc == nullptr || stmMaster == nullptr)

@@ -3,8 +3,9 @@
 #ifndef MORA_LUX_TRACE_OWNEDLIST_H
 #define MORA_LUX_TRACE_OWNEDLIST_H
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
-#include <unordered_set>
 #include <vector>
 
 namespace Mora {
@@ -29,20 +30,28 @@ std::vector<Out*> RawPointers(const std::vector<std::unique_ptr<T>>& owned)
 template <typename T>
 void AdoptReplacing(std::vector<std::unique_ptr<T>>& owned, const std::vector<T*>& list)
 {
-    std::unordered_set<T*> previous;
-    for (auto& item : owned)
-        previous.insert(item.release());
+    // Sorted lookups rather than hash sets: the lists are mostly a handful of
+    // entries, and this costs two allocations however long they are.
+    std::vector<T*> incoming(list.begin(), list.end());
+    std::sort(incoming.begin(), incoming.end());
+    incoming.erase(std::unique(incoming.begin(), incoming.end()), incoming.end());
+    for (auto& item : owned) {
+        if (std::binary_search(incoming.begin(), incoming.end(), item.get()))
+            item.release();
+        else
+            item.reset();
+    }
     owned.clear();
+    owned.reserve(incoming.size());
 
-    std::unordered_set<T*> taken;
+    std::vector<bool> taken(incoming.size());
     for (T* item : list) {
-        if (item != nullptr && taken.insert(item).second) {
+        const std::size_t at = std::lower_bound(incoming.begin(), incoming.end(), item) - incoming.begin();
+        if (item != nullptr && !taken[at]) {
+            taken[at] = true;
             owned.emplace_back(item);
-            previous.erase(item);
         }
     }
-    for (T* item : previous)
-        delete item;
 }
 
 } // namespace Trace

@@ -10,7 +10,7 @@ using namespace Mora::Lux::Trace;
 
 namespace {
 
-CCharacteristic* Characteristic(const std::string& name, const std::string& value)
+CCharacteristic* Characteristic(const char* name, const char* value)
 {
     return new CCharacteristicImpl(name, value, "");
 }

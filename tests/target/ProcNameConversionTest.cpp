@@ -44,7 +44,7 @@ protected:
                 proc.idRegister->memoryMapped = true;
                 proc.idRegister->memoryAddress = static_cast<uint32_t>(std::stoul(reg.substr(1), nullptr, 0));
             } else {
-                proc.idRegister->driverRegisterName = reg;
+                proc.idRegister->driverRegisterName = reg.c_str();
             }
         }
         identifier->ConvertProcName(&proc);
