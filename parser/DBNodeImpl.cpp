@@ -30,7 +30,7 @@ const char* DBNodeImpl::GetName()
 
 const char* DBNodeImpl::GetAttribute(const char* name)
 {
-    return m_owner.AttributeOf(m_element, name);
+    return m_owner.AttributeOf(this, m_element, name);
 }
 
 DBNode* DBNodeImpl::GetFirstChild()

@@ -117,7 +117,7 @@ int TargetDbParserImpl::ParseFile(const char* path, int /*flag*/)
 
 void TargetDbParserImpl::ReleaseDocument()
 {
-    // A later document may place another element at the same address.
+    // A later document's nodes may take the same addresses.
     m_attributesOf = nullptr;
     m_attributes.clear();
     m_root = nullptr;
@@ -137,11 +137,11 @@ DBNode* TargetDbParserImpl::GetRootNode()
     return m_root;
 }
 
-const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* name)
+const char* TargetDbParserImpl::AttributeOf(const DBNode* node, pugi::xml_node element, const char* name)
 {
-    if (!element || name == nullptr)
+    if (name == nullptr)
         return nullptr;
-    if (element.internal_object() != m_attributesOf) {
+    if (node != m_attributesOf) {
         m_attributes.clear();
         for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
              attribute = attribute.next_attribute()) {
@@ -151,7 +151,7 @@ const char* TargetDbParserImpl::AttributeOf(pugi::xml_node element, const char* 
             entry.value = attribute.value();
             entry.key = NameKey(entry.name);
         }
-        m_attributesOf = element.internal_object();
+        m_attributesOf = node;
     }
     const unsigned key = NameKey(name);
     for (const Attribute& attribute : m_attributes) {

@@ -35,9 +35,9 @@ public:
     /// Asked once per element, by the one node that leads to it, which keeps the answer.
     DBNode* NodeFor(pugi::xml_node element);
 
-    /// The value of the first attribute of `element` whose name matches `name` without regard
-    /// to ASCII case, or null; null for an empty handle.
-    const char* AttributeOf(pugi::xml_node element, const char* name);
+    /// The value of the first attribute of `element`, the element of `node`, whose name
+    /// matches `name` without regard to ASCII case, or null; null for an empty handle.
+    const char* AttributeOf(const DBNode* node, pugi::xml_node element, const char* name);
 
 private:
     pugi::xml_document m_document;
@@ -48,7 +48,8 @@ private:
     DBNodeImpl m_endNode;
     // The attributes of the element read last: the loaders ask for several attributes of
     // one element in a row, and each step through pugixml's list is a library call.
-    pugi::xml_node_struct* m_attributesOf = nullptr;
+    // Keyed by the node, which identifies the element without a call into pugixml.
+    const DBNode* m_attributesOf = nullptr;
     struct Attribute {
         // The first two letters of the name, folded: most names are told apart by these
         // alone, so a lookup compares whole names only where they agree.

@@ -18,7 +18,7 @@ bool DatabaseNameIs(const char* name, const char* wanted)
     if (name == nullptr || wanted == nullptr)
         return false;
     for (; *name != '\0' && *wanted != '\0'; ++name, ++wanted) {
-        if (FoldCase(*name) != FoldCase(*wanted))
+        if (*name != *wanted && FoldCase(*name) != FoldCase(*wanted))
             return false;
     }
     return *name == *wanted;

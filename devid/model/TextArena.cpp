@@ -7,12 +7,6 @@ namespace Mora {
 namespace Lux {
 namespace Trace {
 
-namespace {
-
-const std::size_t kBlockSize = 64 * 1024;
-
-} // namespace
-
 const char* TextArena::Copy(const char* text)
 {
     if (text == nullptr)

@@ -20,6 +20,10 @@ public:
     TextArena(const TextArena&) = delete;
     TextArena& operator=(const TextArena&) = delete;
 
+    /// Texts are placed in blocks of this many bytes, NULs included; a longer
+    /// text gets a block of its own.
+    static const std::size_t kBlockSize = 64 * 1024;
+
     /// A copy of `text`; "" for null.
     const char* Copy(const char* text);
     void Clear();

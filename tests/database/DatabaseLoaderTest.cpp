@@ -73,55 +73,63 @@ protected:
 TEST_F(DatabaseLoaderTest, AttributesConvertWithTheirDefaults)
 {
     auto devId = MakeDevId();
-    ASSERT_TRUE(Load(kConversions, *devId));
-    const auto& procs = devId->GetProcessors();
-    ASSERT_EQ(4u, procs.size());
-    // Trace IDs are decimal; a value not right after the register is not read;
-    // the identifier counts only as the first child; negative values wrap like strtoul.
-    EXPECT_EQ((std::vector<int>{12, 0, 10, 0}), (std::vector<int>{procs[0]->traceId, procs[1]->traceId,
-                                                                 procs[2]->traceId, procs[3]->traceId}));
-    EXPECT_EQ((std::vector<uint32_t>{0x410FC240u, 0, 0, 0xFFFFFFFFu}),
-              (std::vector<uint32_t>{procs[0]->idValue, procs[1]->idValue, procs[2]->idValue, procs[3]->idValue}));
-    EXPECT_EQ("drv cpuid_reg", Describe(procs[0]->idRegister.get()));
-    EXPECT_EQ("mem 4096 page 0 unit 8 width 0", Describe(procs[1]->idRegister.get()));
-    EXPECT_EQ("none", Describe(procs[2]->idRegister.get()));
-    EXPECT_EQ("mem 32 page 0 unit 1 width 8", Describe(procs[3]->idRegister.get())) << "no type is memory mapped";
+    // The second round reads a model loaded again after a reset: nothing may
+    // point into the texts of the first.
+    for (int round = 0; round < 2; ++round) {
+        if (round > 0)
+            devId->Reset();
+        ASSERT_TRUE(Load(kConversions, *devId));
+        const auto& procs = devId->GetProcessors();
+        ASSERT_EQ(4u, procs.size());
+        // Trace IDs are decimal; a value not right after the register is not read;
+        // the identifier counts only as the first child; negative values wrap like strtoul.
+        EXPECT_EQ((std::vector<int>{12, 0, 10, 0}), (std::vector<int>{procs[0]->traceId, procs[1]->traceId,
+                                                                     procs[2]->traceId, procs[3]->traceId}));
+        EXPECT_EQ((std::vector<uint32_t>{0x410FC240u, 0, 0, 0xFFFFFFFFu}),
+                  (std::vector<uint32_t>{procs[0]->idValue, procs[1]->idValue, procs[2]->idValue,
+                                         procs[3]->idValue}));
+        EXPECT_EQ("drv cpuid_reg", Describe(procs[0]->idRegister.get()));
+        EXPECT_EQ("mem 4096 page 0 unit 8 width 0", Describe(procs[1]->idRegister.get()));
+        EXPECT_EQ("none", Describe(procs[2]->idRegister.get()));
+        EXPECT_EQ("mem 32 page 0 unit 1 width 8", Describe(procs[3]->idRegister.get())) << "no type is memory mapped";
 
-    const auto& modules = devId->GetModules();
-    ASSERT_EQ(2u, modules.size());
-    CModuleInfoImpl& etm = *modules[0];
-    EXPECT_EQ("etm0 ETM 3.5", etm.GetName() + " " + etm.GetModuleKindStr() + " " + etm.GetVersion());
-    EXPECT_EQ("0", modules[1]->GetVersion());
-    std::vector<std::string> regs;
-    for (CRegisterInfo* reg : etm.GetRegisterInfo())
-        regs.push_back(Describe(reg));
-    EXPECT_EQ((std::vector<std::string>{"mem 4096 page 2 unit 1 width 32", "mem 8 page 7 unit 2 width 16", "drv ETMCR",
-                                        "drv 0x10"}),
-              regs);
+        const auto& modules = devId->GetModules();
+        ASSERT_EQ(2u, modules.size());
+        CModuleInfoImpl& etm = *modules[0];
+        EXPECT_EQ("etm0 ETM 3.5", etm.GetName() + " " + etm.GetModuleKindStr() + " " + etm.GetVersion());
+        EXPECT_EQ("0", modules[1]->GetVersion());
+        std::vector<std::string> regs;
+        for (CRegisterInfo* reg : etm.GetRegisterInfo())
+            regs.push_back(Describe(reg));
+        EXPECT_EQ((std::vector<std::string>{"mem 4096 page 2 unit 1 width 32", "mem 8 page 7 unit 2 width 16",
+                                            "drv ETMCR", "drv 0x10"}),
+                  regs);
 
-    // Both characteristics sections add up, in document order.
-    std::vector<CCharacteristic*> chars = etm.GetCharacteristics();
-    ASSERT_EQ(3u, chars.size());
-    EXPECT_EQ("first|", chars[0]->GetDescription() + "|" + chars[1]->GetDescription());
-    EXPECT_EQ("5", etm.LookupCharacteristicValue("e"));
-    std::vector<CMappingInfo*> map = etm.GetMappingInfo("name.value");
-    ASSERT_EQ(2u, map.size());
-    EXPECT_EQ("k1=v1", map[0]->GetKey() + "=" + map[0]->GetValue());
-    map = etm.GetMappingInfo("..a..b.c");
-    ASSERT_EQ(1u, map.size());
-    EXPECT_EQ("2", map[0]->GetValue());
+        // Both characteristics sections add up, in document order.
+        std::vector<CCharacteristic*> chars = etm.GetCharacteristics();
+        ASSERT_EQ(3u, chars.size());
+        EXPECT_EQ("first|", chars[0]->GetDescription() + "|" + chars[1]->GetDescription());
+        EXPECT_EQ("5", etm.LookupCharacteristicValue("e"));
+        std::vector<CMappingInfo*> map = etm.GetMappingInfo("name.value");
+        ASSERT_EQ(2u, map.size());
+        EXPECT_EQ("k1=v1", map[0]->GetKey() + "=" + map[0]->GetValue());
+        map = etm.GetMappingInfo("..a..b.c");
+        ASSERT_EQ(1u, map.size());
+        EXPECT_EQ("2", map[0]->GetValue());
 
-    const auto& sources = devId->GetSources();
-    ASSERT_EQ(2u, sources.size());
-    EXPECT_EQ("core0", sources[0]->GetName());
-    EXPECT_TRUE(sources[0]->IsSTMMaster() && !sources[1]->IsSTMMaster());
-    EXPECT_EQ((std::vector<std::string>{"etm0", "tpiu"}), sources[0]->GetComponentNames());
-    EXPECT_EQ("y", sources[0]->LookupCharacteristicValue("x"));
+        const auto& sources = devId->GetSources();
+        ASSERT_EQ(2u, sources.size());
+        EXPECT_EQ("core0", sources[0]->GetName());
+        EXPECT_TRUE(sources[0]->IsSTMMaster() && !sources[1]->IsSTMMaster());
+        EXPECT_EQ((std::vector<std::string>{"etm0", "tpiu"}), sources[0]->GetComponentNames());
+        EXPECT_EQ("y", sources[0]->LookupCharacteristicValue("x"));
 
-    const auto& routes = devId->GetRoutes();
-    ASSERT_EQ(2u, routes.size());
-    EXPECT_EQ("s0 b drm", routes[0]->GetSourceId() + " " + routes[0]->GetSinkName() + " " + routes[0]->GetDRMName());
-    EXPECT_EQ((std::vector<std::string>{"l1", "l3"}), routes[0]->GetLinkNames());
+        const auto& routes = devId->GetRoutes();
+        ASSERT_EQ(2u, routes.size());
+        EXPECT_EQ("s0 b drm",
+                  routes[0]->GetSourceId() + " " + routes[0]->GetSinkName() + " " + routes[0]->GetDRMName());
+        EXPECT_EQ((std::vector<std::string>{"l1", "l3"}), routes[0]->GetLinkNames());
+    }
 }
 
 TEST_F(DatabaseLoaderTest, ProcessorNamesReachOnlyLaterSections)
