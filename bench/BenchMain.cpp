@@ -46,6 +46,12 @@ const std::vector<devid_bench::RatioGoal> kGoals = {
     {"TDF: find the last of 10,000 sections", "TdfFindLast", "TdfReadOnce", devid_bench::RatioGoal::TimeRatio, 2.0},
 };
 
+const std::vector<devid_bench::MemoryGoal> kMemoryGoals = {
+    {"large device: whole process, start-up and load", "LargeLoad", "process_MiB", {}, 40e6 / (1024.0 * 1024.0)},
+    {"large device: heap peak", "LargeLoad", "peak_MiB", {"pugixml_MiB", "model_MiB"}, 0},
+    {"large device: the model kept", "LargeLoad", "model_MiB", {"file_MiB"}, 0},
+};
+
 std::string TakeDataOption(int& argc, char** argv)
 {
     std::string folder = DEVID_BENCH_DEFAULT_DATA;
@@ -103,6 +109,7 @@ int main(int argc, char** argv)
     devid_bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.PrintSummary(std::cout, kGoals);
+    reporter.PrintSummary(std::cout, kMemoryGoals);
     std::cout << "Machine: " << std::thread::hardware_concurrency() << " CPUs, " << CpuModel() << "\n";
     benchmark::Shutdown();
     return 0;

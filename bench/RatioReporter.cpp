@@ -32,9 +32,12 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs)
         // CPU time: the machine is shared, and waiting for a core is not our cost.
         // An aggregate holds its statistic the same way, per iteration once divided.
         const double seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
+        const bool median = run.run_type != Run::RT_Iteration && run.aggregate_name == "median";
+        if (run.run_type == Run::RT_Iteration || median)
+            m_counters[name] = run.counters;
         if (run.run_type == Run::RT_Iteration)
             m_seconds[name].push_back(seconds);
-        else if (run.aggregate_name == "median")
+        else if (median)
             m_medians[name] = seconds;
     }
 }
@@ -86,6 +89,43 @@ bool RatioReporter::PrintSummary(std::ostream& out, const std::vector<RatioGoal>
             break;
         }
         }
+        out << line;
+        allMet = allMet && met;
+    }
+    return allMet;
+}
+
+bool RatioReporter::PrintSummary(std::ostream& out, const std::vector<MemoryGoal>& goals) const
+{
+    bool allMet = true;
+    bool header = false;
+    for (const MemoryGoal& goal : goals) {
+        const auto counters = m_counters.find(goal.benchmark);
+        if (counters == m_counters.end())
+            continue;
+        auto value = [&counters](const std::string& name) {
+            const auto found = counters->second.find(name);
+            return found != counters->second.end() ? static_cast<double>(found->second) : 0.0;
+        };
+        const double measured = value(goal.counter);
+        double limit = goal.budget.empty() ? goal.limitMiB : 0;
+        std::string of = goal.budget.empty() ? "" : " (";
+        for (const std::string& part : goal.budget) {
+            limit += value(part);
+            of += (of.size() > 2 ? " + " : "") + part;
+        }
+        if (!goal.budget.empty())
+            of += ")";
+        if (measured <= 0 || limit <= 0)
+            continue;
+        if (!header) {
+            out << "\nMemory (MiB):\n";
+            header = true;
+        }
+        const bool met = measured <= limit;
+        char line[512];
+        std::snprintf(line, sizeof line, "  %-48s %6.1f  of at most %.1f%s  %s\n", goal.label.c_str(), measured, limit,
+                      of.c_str(), met ? "met" : "MISSED");
         out << line;
         allMet = allMet && met;
     }

@@ -28,6 +28,16 @@ struct RatioGoal {
     double goal;
 };
 
+/// A memory figure (a counter of one benchmark, in MiB) against its limit: the
+/// sum of other counters of the same benchmark, or `limitMiB` when none are named.
+struct MemoryGoal {
+    std::string label;
+    std::string benchmark;
+    std::string counter;
+    std::vector<std::string> budget;
+    double limitMiB;
+};
+
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     /// Colours only on a terminal, so that saved output stays plain text.
@@ -36,6 +46,8 @@ public:
 
     /// One line per goal whose two benchmarks both ran; returns false when a goal is missed.
     bool PrintSummary(std::ostream& out, const std::vector<RatioGoal>& goals) const;
+    /// The same for memory goals whose counters were reported (and are not 0).
+    bool PrintSummary(std::ostream& out, const std::vector<MemoryGoal>& goals) const;
 
 private:
     /// Median CPU seconds per iteration of a benchmark; 0 when it did not run.
@@ -46,6 +58,8 @@ private:
     std::map<std::string, std::vector<double>> m_seconds;
     /// The same from "median" aggregates, when only aggregates are reported.
     std::map<std::string, double> m_medians;
+    /// The counters of the last repetition, or of the median, of each benchmark.
+    std::map<std::string, benchmark::UserCounters> m_counters;
 };
 
 } // namespace devid_bench
