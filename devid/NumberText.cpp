@@ -11,15 +11,28 @@ namespace Trace {
 
 namespace {
 
+// Digit values of every byte, 16 for a byte that is no digit: one load per digit
+// instead of three range tests.
+struct DigitTable {
+    unsigned char value[256];
+    constexpr DigitTable() : value()
+    {
+        for (int c = 0; c < 256; ++c)
+            value[c] = 16;
+        for (int c = '0'; c <= '9'; ++c)
+            value[c] = static_cast<unsigned char>(c - '0');
+        for (int c = 'a'; c <= 'f'; ++c) {
+            value[c] = static_cast<unsigned char>(c - 'a' + 10);
+            value[c - 'a' + 'A'] = static_cast<unsigned char>(c - 'a' + 10);
+        }
+    }
+};
+
+constexpr DigitTable kDigits;
+
 int DigitValue(char c)
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return 16;
+    return kDigits.value[static_cast<unsigned char>(c)];
 }
 
 // The plain decimal and "0x" numbers that fill a description, read without the C

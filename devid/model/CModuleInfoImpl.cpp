@@ -90,6 +90,16 @@ void CModuleInfoImpl::AddCharacteristics(std::vector<CCharacteristic*> list)
     AdoptReplacing(m_characteristics, list);
 }
 
+void CModuleInfoImpl::TakeMappingInfo(const std::string& mapId, std::vector<std::unique_ptr<CMappingInfo>> list)
+{
+    m_mappings[mapId] = std::move(list);
+}
+
+void CModuleInfoImpl::TakeCharacteristics(std::vector<std::unique_ptr<CCharacteristic>> list)
+{
+    m_characteristics = std::move(list);
+}
+
 void CModuleInfoImpl::UpdateProcName(std::string name)
 {
     m_access = std::move(name);

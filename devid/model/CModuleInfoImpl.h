@@ -49,6 +49,10 @@ public:
     /// Takes ownership and replaces the characteristics; replaced objects that
     /// are not in the new list are freed, so an accumulating list may be passed again.
     void AddCharacteristics(std::vector<CCharacteristic*> list);
+    /// The loaders' forms of the two above, for lists of fresh objects: the
+    /// list replaces what was stored, which is freed.
+    void TakeMappingInfo(const std::string& mapId, std::vector<std::unique_ptr<CMappingInfo>> list);
+    void TakeCharacteristics(std::vector<std::unique_ptr<CCharacteristic>> list);
     void UpdateProcName(std::string name);
 
 private:

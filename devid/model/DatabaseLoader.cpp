@@ -273,11 +273,11 @@ CModuleInfoImpl* CDeviceIdentifierImpl::CreateModuleInfo(DBNode* node)
                         entries.push_back(std::make_unique<CMappingInfoImpl>(m_texts.Copy(key), m_texts.Copy(value)));
                 }
             }
-            module->AddMappingInfo(mapId, ReleaseAll(entries));
+            module->TakeMappingInfo(mapId, std::move(entries));
         }
     }
     if (!characteristics.empty())
-        module->AddCharacteristics(ReleaseAll(characteristics));
+        module->TakeCharacteristics(std::move(characteristics));
 
     if (const CProcIdentifier* processor = FindProcessor(proc))
         module->UpdateProcName(processor->procName);
