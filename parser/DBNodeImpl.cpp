@@ -8,18 +8,12 @@ namespace Trace {
 
 namespace {
 
-// Text, comments and other node kinds are never presented, so navigation skips them.
-pugi::xml_node ThisOrNextElement(pugi::xml_node node)
-{
-    while (node && node.type() != pugi::node_element)
-        node = node.next_sibling();
-    return node;
-}
+const std::uintptr_t kLastInRun = 1;
 
 } // namespace
 
-DBNodeImpl::DBNodeImpl(TargetDbParserImpl& owner, pugi::xml_node element)
-    : m_owner(owner), m_element(element)
+DBNodeImpl::DBNodeImpl(TargetDbParserImpl& owner, pugi::xml_node element, bool last)
+    : m_owner(owner), m_element(element), m_children(last ? kLastInRun : 0)
 {
 }
 
@@ -30,21 +24,22 @@ const char* DBNodeImpl::GetName()
 
 const char* DBNodeImpl::GetAttribute(const char* name)
 {
-    return m_owner.AttributeOf(this, m_element, name);
+    return m_owner.AttributeOf(*this, name);
 }
 
 DBNode* DBNodeImpl::GetFirstChild()
 {
-    if (m_firstChild == nullptr)
-        m_firstChild = m_owner.NodeFor(ThisOrNextElement(m_element.first_child()));
-    return m_firstChild;
+    if ((m_children & ~kLastInRun) == 0)
+        m_children |= reinterpret_cast<std::uintptr_t>(m_owner.ChildrenOf(m_element));
+    return reinterpret_cast<DBNode*>(m_children & ~kLastInRun);
 }
 
 DBNode* DBNodeImpl::GetNextSibling()
 {
-    if (m_nextSibling == nullptr)
-        m_nextSibling = m_owner.NodeFor(ThisOrNextElement(m_element.next_sibling()));
-    return m_nextSibling;
+    // The end node is the last of a run of its own.
+    if ((m_children & kLastInRun) != 0)
+        return m_owner.GetEndNode();
+    return this + 1;
 }
 
 } // namespace Trace

@@ -99,7 +99,7 @@ bool RestEqualIgnoringCase(const char* a, const char* b)
 
 } // namespace
 
-TargetDbParserImpl::TargetDbParserImpl() : m_endNode(*this, pugi::xml_node())
+TargetDbParserImpl::TargetDbParserImpl() : m_endNode(*this, pugi::xml_node(), true)
 {
 }
 
@@ -133,17 +133,17 @@ DBNode* TargetDbParserImpl::GetEndNode()
 DBNode* TargetDbParserImpl::GetRootNode()
 {
     if (m_root == nullptr)
-        m_root = NodeFor(m_document.document_element());
+        m_root = ChildrenOf(m_document);
     return m_root;
 }
 
-const char* TargetDbParserImpl::AttributeOf(const DBNode* node, pugi::xml_node element, const char* name)
+const char* TargetDbParserImpl::AttributeOf(const DBNodeImpl& node, const char* name)
 {
     if (name == nullptr)
         return nullptr;
-    if (node != m_attributesOf) {
+    if (&node != m_attributesOf) {
         m_attributes.clear();
-        for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
+        for (pugi::xml_attribute attribute = node.Element().first_attribute(); attribute;
              attribute = attribute.next_attribute()) {
             // Filled in place: a temporary copied in whole would wait on its part stores.
             Attribute& entry = m_attributes.emplace_back();
@@ -151,7 +151,7 @@ const char* TargetDbParserImpl::AttributeOf(const DBNode* node, pugi::xml_node e
             entry.value = attribute.value();
             entry.key = NameKey(entry.name);
         }
-        m_attributesOf = node;
+        m_attributesOf = &node;
     }
     const unsigned key = NameKey(name);
     for (const Attribute& attribute : m_attributes) {
@@ -161,17 +161,27 @@ const char* TargetDbParserImpl::AttributeOf(const DBNode* node, pugi::xml_node e
     return nullptr;
 }
 
-DBNode* TargetDbParserImpl::NodeFor(pugi::xml_node element)
+DBNode* TargetDbParserImpl::ChildrenOf(pugi::xml_node element)
 {
-    if (!element)
+    m_run.clear();
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        // Text, comments and other node kinds are never presented.
+        if (child.type() == pugi::node_element)
+            m_run.push_back(child);
+    }
+    if (m_run.empty())
         return &m_endNode;
-    if (m_nodeBlocks.empty() || m_nodeBlocks.back().size() == m_nodeBlocks.back().capacity()) {
-        const std::size_t capacity =
+    if (m_nodeBlocks.empty() || m_nodeBlocks.back().capacity() - m_nodeBlocks.back().size() < m_run.size()) {
+        const std::size_t grown =
             m_nodeBlocks.empty() ? 64 : std::min<std::size_t>(m_nodeBlocks.back().capacity() * 2, 8192);
         m_nodeBlocks.emplace_back();
-        m_nodeBlocks.back().reserve(capacity);
+        m_nodeBlocks.back().reserve(std::max(grown, m_run.size()));
     }
-    return &m_nodeBlocks.back().emplace_back(*this, element);
+    std::vector<DBNodeImpl>& block = m_nodeBlocks.back();
+    DBNode* first = &block.emplace_back(*this, m_run.front(), m_run.size() == 1);
+    for (std::size_t i = 1; i < m_run.size(); ++i)
+        block.emplace_back(*this, m_run[i], i + 1 == m_run.size());
+    return first;
 }
 
 } // namespace Trace

@@ -31,19 +31,22 @@ public:
     /// The outermost element, or the end node when no document is loaded.
     DBNode* GetRootNode() override;
 
-    /// A new wrapper for an element of the loaded document; the end node for an empty handle.
-    /// Asked once per element, by the one node that leads to it, which keeps the answer.
-    DBNode* NodeFor(pugi::xml_node element);
+    /// New wrappers for the child elements of `element`, side by side, the last one marked;
+    /// the end node when there are none. Asked once per element, by its node, which keeps
+    /// the answer.
+    DBNode* ChildrenOf(pugi::xml_node element);
 
-    /// The value of the first attribute of `element`, the element of `node`, whose name
-    /// matches `name` without regard to ASCII case, or null; null for an empty handle.
-    const char* AttributeOf(const DBNode* node, pugi::xml_node element, const char* name);
+    /// The value of the first attribute of the node's element whose name matches `name`
+    /// without regard to ASCII case, or null; null for the end node.
+    const char* AttributeOf(const DBNodeImpl& node, const char* name);
 
 private:
     pugi::xml_document m_document;
     // Each block is filled up to the capacity reserved for it and never grows, so handed-out
     // pointers stay valid; blocks double in size, so a large document needs few allocations.
+    // A run of siblings never spans two blocks.
     std::vector<std::vector<DBNodeImpl>> m_nodeBlocks;
+    std::vector<pugi::xml_node> m_run;
     DBNode* m_root = nullptr;
     DBNodeImpl m_endNode;
     // The attributes of the element read last: the loaders ask for several attributes of

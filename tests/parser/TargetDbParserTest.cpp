@@ -106,6 +106,40 @@ TEST_F(TargetDbParserTest, WalksElementsOnlyAndFindsAttributesInAnyCase)
     EXPECT_EQ(nullptr, device->GetAttribute("values"));
 }
 
+TEST_F(TargetDbParserTest, RunsOfSiblingsAroundTheBlockSizes)
+{
+    // Children are made in runs side by side; runs fill blocks of 64 nodes and up
+    // to 8192, and a larger run gets a block of its own.
+    const std::vector<std::size_t> counts{63, 64, 65, 1, 8192, 8193, 2};
+    std::string xml = "<db>";
+    for (std::size_t count : counts) {
+        xml += "<p>";
+        for (std::size_t i = 0; i < count; ++i)
+            xml += "<c i='" + std::to_string(i) + "'/><!-- skipped -->";
+        xml += "</p>";
+    }
+    ASSERT_EQ(0, parser->ParseFile(dir.write("runs.xml", xml + "</db>").c_str(), 1));
+    std::vector<DBNode*> lasts;
+    for (int pass = 0; pass < 2; ++pass) {
+        std::size_t index = 0;
+        for (DBNode* p = parser->GetRootNode()->GetFirstChild(); p != end; p = p->GetNextSibling(), ++index) {
+            ASSERT_LT(index, counts.size());
+            std::size_t seen = 0;
+            DBNode* last = nullptr;
+            for (DBNode* c = p->GetFirstChild(); c != end; c = c->GetNextSibling())
+                last = c, ++seen;
+            EXPECT_EQ(counts[index], seen);
+            EXPECT_STREQ(std::to_string(counts[index] - 1).c_str(), last->GetAttribute("I"));
+            // The second pass finds the nodes of the first: later runs moved nothing.
+            if (pass == 0)
+                lasts.push_back(last);
+            else
+                EXPECT_EQ(lasts[index], last);
+        }
+        EXPECT_EQ(counts.size(), index);
+    }
+}
+
 TEST_F(TargetDbParserTest, SecondFileReplacesTheFirst)
 {
     ASSERT_EQ(0, parser->ParseFile(dir.write("a.xml", "<first><child/></first>").c_str(), 1));
