@@ -41,6 +41,8 @@ public:
     const char* AttributeOf(const DBNodeImpl& node, const char* name);
 
 private:
+    void CollectAttributes(const DBNodeImpl& node);
+
     pugi::xml_document m_document;
     // Each block is filled up to the capacity reserved for it and never grows, so handed-out
     // pointers stay valid; blocks double in size, so a large document needs few allocations.
