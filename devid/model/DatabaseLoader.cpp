@@ -125,7 +125,8 @@ void ReadCharacteristics(DBNode* container, DBNode* end, TextArena& arena,
         if (id == nullptr || value == nullptr)
             continue;
         const char* description = item->GetAttribute("description");
-        out.push_back(std::make_unique<CCharacteristicImpl>(arena.Copy(id), arena.Copy(value), arena.Copy(description)));
+        out.push_back(
+            std::make_unique<CCharacteristicImpl>(arena.Copy(id), arena.Copy(value), arena.Copy(description)));
     }
 }
 
