@@ -22,7 +22,7 @@ public:
 
     /// Texts are placed in blocks of this many bytes, NULs included; a longer
     /// text gets a block of its own.
-    static const std::size_t kBlockSize = 64 * 1024;
+    static constexpr std::size_t kBlockSize = 64 * 1024;
 
     /// A copy of `text`; "" for null.
     const char* Copy(const char* text);
