@@ -31,7 +31,7 @@ template <typename T>
 void AdoptReplacing(std::vector<std::unique_ptr<T>>& owned, const std::vector<T*>& list)
 {
     // Sorted lookups rather than hash sets: the lists are mostly a handful of
-    // entries, and this costs two allocations however long they are.
+    // entries, and this costs three allocations however long they are.
     std::vector<T*> incoming(list.begin(), list.end());
     std::sort(incoming.begin(), incoming.end());
     incoming.erase(std::unique(incoming.begin(), incoming.end()), incoming.end());
