@@ -60,9 +60,9 @@ public:
     /// Bytes transferred; 0 when not open.
     unsigned Write(const void* data, unsigned count);
     /// Writes past the stream's buffer (emptied first) straight to the file,
-    /// so the bytes are there when it returns, at the cost of one write(2)
-    /// where fwrite and fflush take twice the work. For streams that are
-    /// only written. Bytes written; 0 when not open.
+    /// so the bytes are there when it returns: one write(2), without fwrite's
+    /// copy and fflush's work. For streams that are only written. Bytes
+    /// written, fewer when the system refuses the rest; 0 when not open.
     unsigned WriteThrough(const void* data, unsigned count);
     unsigned Read(void* data, unsigned count);
     /// Characters written; 0 when not open.
