@@ -36,9 +36,9 @@ int32_t LevelFromText(const char* text)
 // Formatting a stamp costs more than the rest of a line, and every field it
 // shows follows from the clock's second; so each thread keeps the last stamp it
 // made and the second it made it in. Which second it is comes from the
-// kernel's coarse clock: reading the precise one cost a twentieth of a line,
-// and the coarse one lags it by at most a tick (a few milliseconds) against
-// the stamp's whole seconds. New stamps are made from uTime's precise reading,
+// kernel's coarse clock: reading the precise one cost 3% of a line, and the
+// coarse one lags it by at most a tick (a few milliseconds) against the
+// stamp's whole seconds. New stamps are made from uTime's precise reading,
 // which also keeps uTime's shared fields as current as the stamps.
 struct StampCache {
     const char* format = nullptr;
