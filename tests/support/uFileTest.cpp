@@ -24,3 +24,15 @@ TEST(uFile, SizeCountsFromTheCurrentPositionAndClosedStates)
     EXPECT_TRUE(file.Close());
     EXPECT_FALSE(file.Close());
 }
+
+TEST(uFile, WriteThroughKeepsTheOrderOfBufferedWrites)
+{
+    devid_test::TempDir dir;
+    uFile file;
+    EXPECT_EQ(file.WriteThrough("x", 1), 0u) << "not open";
+    ASSERT_TRUE(file.Open(dir.file("order.txt").c_str(), "w+"));
+    ASSERT_EQ(file.Write("buffered ", 9), 9u);
+    ASSERT_EQ(file.WriteThrough("direct", 6), 6u);
+    EXPECT_EQ(devid_test::readFile(dir.file("order.txt")), "buffered direct") << "on disk before any flush";
+    file.Close();
+}

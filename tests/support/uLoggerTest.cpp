@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <sstream>
@@ -116,4 +118,37 @@ TEST_F(uLoggerTest, LineEndsAndLongLines)
     const std::string text = Read("ends.txt");
     EXPECT_EQ(text.size(), 4095u) << "cut at the 4096-byte buffer, line feed kept";
     EXPECT_EQ(text.find('\n'), 4094u);
+}
+
+TEST_F(uLoggerTest, MessagesReadAsPrintfWouldWriteThem)
+{
+    uLogger* logger = Init("format.txt", "1");
+    logger->Clear();
+    std::vector<std::string> expected;
+    const auto both = [&](const char* format, auto... args) {
+        logger->Log(1, uLogger::TD_NONE, format, args...);
+        char text[512];
+        std::snprintf(text, sizeof text, format, args...);
+        expected.push_back(std::string("M      ") + text);
+    };
+    both("%s|%c|%%|%d|%i|%u|%x|%X", "str", 'c', -42, 7, 4000000000u, 0xbeefu, 0xbeefu);
+    const char* volatile none = nullptr; // hidden from the compiler's format checks
+    logger->Log(1, uLogger::TD_NONE, "[%s]", none);
+    expected.push_back("M      [(null)]");
+    both("%05d|%5d|%03d|%08lx|%zu|%lld|%llu|%0d", -42, -42, 7, 0xabcdefUL, size_t{12345}, LLONG_MIN, ULLONG_MAX, 0);
+    both("%hd|%hhd|%hu|%hhx|%ld|%lu|%lX", 70000, 300, 70000, 0x1ff, LONG_MIN, ULONG_MAX, 0UL);
+    // Left to vsnprintf, each after a conversion already written.
+    both("%d %-5d|%+d|% d|%#x|%.3s|%5s|%*d|%f|%070d|%jd", 1, 2, 3, 4, 255, "abcdef", "ab", 4, 5, 0.5, 6, intmax_t{-7});
+    // Cut at the buffer's end, a byte either side of the limit: first in a
+    // conversion, then where only vsnprintf takes the format.
+    for (size_t n : {4086u, 4087u, 4088u}) {
+        logger->Log(1, uLogger::TD_NONE, "%s%d", std::string(n, 'y').c_str(), 12);
+        expected.push_back(("M      " + std::string(n, 'y') + "12").substr(0, 4094));
+    }
+    logger->Log(1, uLogger::TD_NONE, "%-*s|", 5000, "z");
+    expected.push_back(("M      z" + std::string(5000, ' ')).substr(0, 4094));
+    const std::vector<std::string> lines = Lines("format.txt");
+    ASSERT_EQ(lines.size(), expected.size());
+    for (size_t i = 0; i < lines.size(); ++i)
+        EXPECT_EQ(lines[i], expected[i]) << "line " << i;
 }

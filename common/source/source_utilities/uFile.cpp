@@ -4,9 +4,11 @@
 #include "common/source/source_utilities/uFile.h"
 
 #include <fcntl.h>
+#include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 namespace MORA_LUX {
@@ -172,6 +174,25 @@ unsigned uFile::Write(const void* data, unsigned count)
     if (m_stream == nullptr || data == nullptr)
         return 0;
     return static_cast<unsigned>(std::fwrite(data, 1, count, m_stream));
+}
+
+unsigned uFile::WriteThrough(const void* data, unsigned count)
+{
+    uMutexGuard guard(m_lock);
+    if (m_stream == nullptr || data == nullptr || (__fpending(m_stream) > 0 && std::fflush(m_stream) != 0))
+        return 0;
+    const int fd = fileno(m_stream);
+    const char* bytes = static_cast<const char*>(data);
+    unsigned written = 0;
+    while (written < count) {
+        const ssize_t result = write(fd, bytes + written, count - written);
+        if (result < 0 && errno == EINTR)
+            continue;
+        if (result <= 0)
+            break;
+        written += static_cast<unsigned>(result);
+    }
+    return written;
 }
 
 unsigned uFile::Read(void* data, unsigned count)

@@ -59,6 +59,11 @@ public:
 
     /// Bytes transferred; 0 when not open.
     unsigned Write(const void* data, unsigned count);
+    /// Writes past the stream's buffer (emptied first) straight to the file,
+    /// so the bytes are there when it returns: one write(2), without fwrite's
+    /// copy and fflush's work. For streams that are only written. Bytes
+    /// written, fewer when the system refuses the rest; 0 when not open.
+    unsigned WriteThrough(const void* data, unsigned count);
     unsigned Read(void* data, unsigned count);
     /// Characters written; 0 when not open.
     int Printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
