@@ -7,11 +7,14 @@
 #include "devid/CDeviceIdentifierImpl.h"
 #include "devid/DeviceXmlCache.h"
 #include "devid/model/CSourceInfoImpl.h"
+#include "common/source/source_utilities/uProcess.h"
 
 #include <benchmark/benchmark.h>
 #include <pugixml.hpp>
 
+#include <cctype>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -147,6 +150,19 @@ void CreateIdentifier(benchmark::State& state)
     }
 }
 
+// The part of start-up that grows with the machine: one look at every
+// process's executable, as no trace server runs here.
+void FindTraceServer(benchmark::State& state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(MORA_LUX::uProcess::LookupProcess("TraceServer", 0));
+    std::error_code error;
+    int processes = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", error))
+        processes += std::isdigit(static_cast<unsigned char>(entry.path().filename().string()[0])) ? 1 : 0;
+    state.counters["processes"] = processes;
+}
+
 void ParseMatchingFile(benchmark::State& state)
 {
     if (const GeneratedDatabase* database = DatabaseOrSkip(state, 200))
@@ -163,5 +179,6 @@ BENCHMARK(ParseMatchingFile)->Unit(benchmark::kMicrosecond);
 BENCHMARK(IdentifyCached)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ReloadMatching)->Unit(benchmark::kMicrosecond);
 BENCHMARK(CreateIdentifier)->Unit(benchmark::kMicrosecond);
+BENCHMARK(FindTraceServer)->Unit(benchmark::kMicrosecond);
 
 } // namespace devid_bench

@@ -121,6 +121,10 @@ void CDeviceIdentifierImpl::RefreshLookupIndex()
         m_indexedModules = 0;
         m_indexedSources = 0;
     }
+    // Sized once for the whole model: the first query indexes every object.
+    m_moduleByName.reserve(m_modules.size());
+    m_sourceById.reserve(m_sources.size());
+    m_sourceByName.reserve(m_sources.size());
     for (; m_indexedModules < m_modules.size(); ++m_indexedModules) {
         if (CModuleInfoImpl* module = m_modules[m_indexedModules].get())
             m_moduleByName.emplace(module->GetName(), module);

@@ -41,6 +41,7 @@ TEST(uEnvironment, PathsAndDirectories)
     EXPECT_EQ(uEnvironment::MakeDirectory(dir.file("a/b/c").c_str()), 0);
     EXPECT_TRUE(std::filesystem::is_directory(dir.file("a/b/c")));
     EXPECT_EQ(uEnvironment::MakeDirectory(dir.file("a/b/c").c_str()), -1) << "an existing directory gives -1";
+    EXPECT_EQ(uEnvironment::MakeDirectory(dir.file("a/b/d").c_str()), 0) << "only the last folder was missing";
 
     std::string start, now;
     uEnvironment::GetWorkingDirectory(start);

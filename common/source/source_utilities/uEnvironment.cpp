@@ -6,6 +6,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 namespace MORA_LUX {
@@ -33,6 +34,12 @@ int uEnvironment::SetWorkingDirectory(const char* path)
 int uEnvironment::MakeDirectory(const char* path)
 {
     if (path == nullptr)
+        return -1;
+    // The parents usually exist: one call then gives what the walk below
+    // would end with, instead of one call per folder of the path.
+    if (mkdir(path, 0777) == 0)
+        return 0;
+    if (errno == EEXIST)
         return -1;
     int result = -1;
     std::string prefix;

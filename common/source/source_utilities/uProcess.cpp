@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -32,13 +33,16 @@ bool AllDigits(const char* name)
     return true;
 }
 
-// True when the "exe" link of /proc/<entry>/ points at a file whose path
-// contains `name`. The link is read directly: listing the process folder to
-// find it first would make the kernel build an entry for each of its files.
-bool ExecutableMatches(const std::string& entry, const char* name)
+// True when the "exe" link of process folder `entry` of /proc points at a file
+// whose path contains `name`. The link is read directly, relative to the open
+// /proc folder: listing the process folder first would make the kernel build
+// an entry for each of its files, and a full path is walked from "/" again.
+bool ExecutableMatches(int proc, const char* entry, const char* name)
 {
+    char link[NAME_MAX + sizeof "/exe"];
+    std::snprintf(link, sizeof link, "%s/exe", entry);
     char target[PATH_MAX];
-    const ssize_t length = readlink(("/proc/" + entry + "/exe").c_str(), target, sizeof target - 1);
+    const ssize_t length = readlinkat(proc, link, target, sizeof target - 1);
     if (length < 0)
         return false;
     target[length] = '\0';
@@ -82,7 +86,7 @@ int uProcess::LookupProcess(const char* name, int)
     if (!proc)
         return 0;
     while (const dirent* entry = readdir(proc.get())) {
-        if (AllDigits(entry->d_name) && ExecutableMatches(entry->d_name, name))
+        if (AllDigits(entry->d_name) && ExecutableMatches(dirfd(proc.get()), entry->d_name, name))
             return std::atoi(entry->d_name);
     }
     return 0;
